@@ -1,0 +1,54 @@
+#include "app/command_line.h"
+
+#include <algorithm>
+
+namespace pellwin {
+
+std::string_view rawValue(CommandKind kind) {
+  switch (kind) {
+    case CommandKind::check: return "check";
+    case CommandKind::checkStorage: return "checkStorage";
+    case CommandKind::seedHistory: return "seedHistory";
+    case CommandKind::seedHistoryNoPath: return "seedHistoryNoPath";
+    case CommandKind::help: return "help";
+    case CommandKind::version: return "version";
+    case CommandKind::windowed: return "windowed";
+  }
+  return "";
+}
+
+Command parseCommandLine(const std::vector<std::string>& arguments) {
+  auto find = [&](std::string_view flag) {
+    return std::find(arguments.begin(), arguments.end(), flag);
+  };
+  const auto has = [&](std::string_view flag) { return find(flag) != arguments.end(); };
+
+  if (has("--check")) return {.kind = CommandKind::check};
+  if (auto it = find("--check-storage"); it != arguments.end()) {
+    return {.kind = CommandKind::checkStorage, .arguments = {std::next(it), arguments.end()}};
+  }
+  if (auto it = find("--seed-history"); it != arguments.end()) {
+    if (std::next(it) == arguments.end()) return {.kind = CommandKind::seedHistoryNoPath};
+    return {.kind = CommandKind::seedHistory, .path = *std::next(it)};
+  }
+  if (has("--help") || has("-h")) return {.kind = CommandKind::help};
+  if (has("--version")) return {.kind = CommandKind::version};
+  return {.kind = CommandKind::windowed};
+}
+
+std::string usageText() {
+  return "Usage: tovrin [MODE]\n"
+         "Tells why the computer is slow right now and which app is behind it.\n"
+         "\n"
+         "With no mode, starts the tray app.\n"
+         "  --check                      read the machine twice, two seconds apart, and print\n"
+         "                               its state, its busiest apps and each resource's health\n"
+         "  --check-storage [DIR] [...]  scan a folder and print its biggest items\n"
+         "                               (see --check-storage --help)\n"
+         "  --seed-history PATH          write a synthetic history into a scratch database\n"
+         "  --history-db PATH            use another history file\n"
+         "  -h, --help                   print this help\n"
+         "  --version                    print the version\n";
+}
+
+}  // namespace pellwin

@@ -1,0 +1,37 @@
+// Decides from the process argument list which mode runs. Pure: no mode is run here.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace pellwin {
+
+enum class CommandKind {
+  check,             // "--check"
+  checkStorage,      // "--check-storage" with the arguments after it
+  seedHistory,       // "--seed-history PATH"
+  seedHistoryNoPath, // "--seed-history" as the last argument
+  help,              // "--help" or "-h"
+  version,           // "--version"
+  windowed,          // nothing matched: the tray app
+};
+
+[[nodiscard]] std::string_view rawValue(CommandKind kind);
+
+struct Command {
+  CommandKind kind = CommandKind::windowed;
+  std::vector<std::string> arguments;  // for checkStorage: everything after the switch
+  std::string path;                    // for seedHistory
+  friend bool operator==(const Command&, const Command&) = default;
+};
+
+// `arguments` is the whole argument list, the program path in position 0 included. Tested in
+// this order, the first match winning: "--check" exactly, "--check-storage", "--seed-history",
+// "--help"/"-h", "--version"; for the switches that take arguments the first occurrence counts.
+[[nodiscard]] Command parseCommandLine(const std::vector<std::string>& arguments);
+
+// The text `--help` prints.
+[[nodiscard]] std::string usageText();
+
+}  // namespace pellwin

@@ -1,0 +1,86 @@
+#include "app/command_line.h"
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+#include "app/entry.h"
+#include "probe/scratch_folder.h"
+
+namespace pellwin {
+namespace {
+
+TEST(CommandLine, FirstMatchingTestWinsInTheFixedOrder) {
+  using Args = std::vector<std::string>;
+  const struct {
+    const char* why;
+    Args arguments;
+    Command expected;
+  } cases[] = {
+      {"nothing: the tray app", {"tovrin"}, {.kind = CommandKind::windowed}},
+      {"check beats check-storage", {"tovrin", "--check-storage", "/x", "--check"},
+       {.kind = CommandKind::check}},
+      {"check-storage is not check", {"tovrin", "--check-storage"},
+       {.kind = CommandKind::checkStorage}},
+      {"check-storage passes what follows its first occurrence",
+       {"tovrin", "--seed-history", "/a", "--check-storage", "/d", "--top", "5",
+        "--check-storage"},
+       {.kind = CommandKind::checkStorage, .arguments = {"/d", "--top", "5", "--check-storage"}}},
+      {"seed-history as the last argument", {"tovrin", "--seed-history"},
+       {.kind = CommandKind::seedHistoryNoPath}},
+      {"seed-history takes the argument right after it and ignores the rest",
+       {"tovrin", "--seed-history", "/tmp/a.sqlite", "/tmp/b.sqlite"},
+       {.kind = CommandKind::seedHistory, .path = "/tmp/a.sqlite"}},
+      {"first seed-history counts",
+       {"tovrin", "--seed-history", "--seed-history"},
+       {.kind = CommandKind::seedHistory, .path = "--seed-history"}},
+      {"the program path itself is searched", {"--check"}, {.kind = CommandKind::check}},
+      {"help after the modes", {"tovrin", "-h", "--seed-history", "p"},
+       {.kind = CommandKind::seedHistory, .path = "p"}},
+      {"help", {"tovrin", "--version", "--help"}, {.kind = CommandKind::help}},
+      {"short help", {"tovrin", "-h"}, {.kind = CommandKind::help}},
+      {"version", {"tovrin", "--version"}, {.kind = CommandKind::version}},
+      {"near misses fall through", {"tovrin", "--Check", "check", "--check=1"},
+       {.kind = CommandKind::windowed}},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.why);
+    EXPECT_EQ(parseCommandLine(c.arguments), c.expected);
+  }
+}
+
+TEST(CommandLine, SeedHistoryWithoutPathExitsTwoWithItsMessage) {
+  std::ostringstream out, err;
+  const int status = runCommand({.kind = CommandKind::seedHistoryNoPath}, {}, out, err);
+  EXPECT_EQ(status, 2);
+  EXPECT_EQ(err.str(), "--seed-history needs a path\n");
+  EXPECT_EQ(out.str(), "");
+}
+
+TEST(CommandLine, HelpAndVersionPrintAndSucceed) {
+  std::ostringstream out, err;
+  EXPECT_EQ(runCommand({.kind = CommandKind::help}, {}, out, err), 0);
+  EXPECT_NE(out.str().find("--check-storage"), std::string::npos);
+  out.str("");
+  EXPECT_EQ(runCommand({.kind = CommandKind::version}, {}, out, err), 0);
+  EXPECT_EQ(out.str(), std::string("tovrin ") + PELLWIN_VERSION + "\n");
+  EXPECT_EQ(err.str(), "");
+}
+
+TEST(Entry, MigrationHonoursXdgDataHomeAndReportsFailuresWithoutStopping) {
+  testing::ScratchFolder home;
+  testing::ScratchFolder xdg;
+  xdg.write("Pellwin/history.sqlite", "x");
+  home.write(".local/share/Pellwin/history.sqlite", "y");
+  std::ostringstream err;
+  migrateDataFolder({.home = home.path().string(), .xdgDataHome = xdg.path().string()}, err);
+  EXPECT_EQ(err.str(), "");
+  EXPECT_TRUE(std::filesystem::exists(xdg / "Tovrin/history.sqlite"));
+  EXPECT_TRUE(std::filesystem::exists(home / ".local/share/Pellwin/history.sqlite"));
+
+  migrateDataFolder({.home = home.path().string()}, err);
+  EXPECT_TRUE(std::filesystem::exists(home / ".local/share/Tovrin/history.sqlite"));
+}
+
+}  // namespace
+}  // namespace pellwin

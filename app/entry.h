@@ -1,0 +1,30 @@
+// Runs the mode the command line chose and returns the process exit status. Takes every
+// outside fact (home folder, environment, output streams) as a value so tests drive it whole.
+#pragma once
+
+#include <iosfwd>
+#include <optional>
+#include <string>
+
+#include "app/command_line.h"
+
+namespace pellwin {
+
+struct Environment {
+  std::string home;                        // the user's home folder
+  std::optional<std::string> xdgDataHome;  // $XDG_DATA_HOME, absent when unset
+  std::string procRoot = "/proc";
+  std::string sysRoot = "/sys";
+};
+
+// The data folder's parent for this environment (the XDG data home).
+[[nodiscard]] std::string applicationSupport(const Environment& environment);
+
+// Moves the data folder to its current name; a failure is reported on `err` and start-up
+// carries on.
+void migrateDataFolder(const Environment& environment, std::ostream& err);
+
+[[nodiscard]] int runCommand(const Command& command, const Environment& environment,
+                             std::ostream& out, std::ostream& err);
+
+}  // namespace pellwin
