@@ -44,7 +44,7 @@ struct BatteryReading {
   int percent = 0;  // 0 to 100
   bool onBattery = false;
   bool charging = false;
-  std::optional<int> minutesLeft;
+  std::optional<int> minutesLeft{};
   friend bool operator==(const BatteryReading&, const BatteryReading&) = default;
 };
 
@@ -79,7 +79,10 @@ struct SystemSample {
 
   // A fresh sample: every field at its default and the boot time equal to the timestamp.
   [[nodiscard]] static SystemSample at(double timestamp) {
-    return SystemSample{.timestamp = timestamp, .bootTime = timestamp};
+    SystemSample sample;
+    sample.timestamp = timestamp;
+    sample.bootTime = timestamp;
+    return sample;
   }
   friend bool operator==(const SystemSample&, const SystemSample&) = default;
 };
