@@ -1,5 +1,5 @@
-// What happens to an item that quick clean or the delete list removes: deleted for good, or
-// moved to the Trash. Text forms are "delete" and "trash".
+// What happens to the items of a quick-clean group: removed for good, or moved to the Trash
+// so they can be put back. Shared by the cleaner and the trash mover.
 #pragma once
 
 #include <optional>
@@ -7,8 +7,7 @@
 
 namespace pellwin {
 
-// `delete` is a C++ keyword, so that case carries a trailing underscore; its text form is
-// still "delete".
+// `delete_` stands for the text form "delete", which C++ keeps as a keyword.
 enum class CleanAction { delete_, trash };
 
 [[nodiscard]] std::string_view rawValue(CleanAction action);

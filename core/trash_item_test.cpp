@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include "core/clean_action.h"
-
 namespace pellwin {
 namespace {
 
@@ -21,14 +19,6 @@ TEST(TrashOutcome, RawValuesRoundTripAndOnlyMovedAndDeletedFreeSpace) {
     EXPECT_EQ((TrashResult{.bytes = 5, .outcome = c.outcome}.freedSpace()), c.freed);
   }
   EXPECT_EQ(trashOutcomeFromRawValue("Moved"), std::nullopt);
-}
-
-TEST(CleanAction, RawValuesRoundTripIncludingTheKeywordCase) {
-  EXPECT_EQ(rawValue(CleanAction::delete_), "delete");
-  EXPECT_EQ(rawValue(CleanAction::trash), "trash");
-  EXPECT_EQ(cleanActionFromRawValue("delete"), CleanAction::delete_);
-  EXPECT_EQ(cleanActionFromRawValue("trash"), CleanAction::trash);
-  EXPECT_EQ(cleanActionFromRawValue("delete_"), std::nullopt);
 }
 
 }  // namespace
