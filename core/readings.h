@@ -79,10 +79,7 @@ struct SystemSample {
 
   // A fresh sample: every field at its default and the boot time equal to the timestamp.
   [[nodiscard]] static SystemSample at(double timestamp) {
-    SystemSample sample;
-    sample.timestamp = timestamp;
-    sample.bootTime = timestamp;
-    return sample;
+    return SystemSample{.timestamp = timestamp, .bootTime = timestamp};
   }
   friend bool operator==(const SystemSample&, const SystemSample&) = default;
 };
