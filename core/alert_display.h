@@ -13,8 +13,8 @@
 namespace pellwin::AlertDisplay {
 
 struct Group {
-  std::string label;  // "Today", "Yesterday" or a date such as "Mon 3 Jun"
-  std::vector<AlertRow> rows;
+  std::string label{};  // "Today", "Yesterday" or a date such as "Mon 3 Jun"
+  std::vector<AlertRow> rows{};
   friend bool operator==(const Group&, const Group&) = default;
 };
 

@@ -12,20 +12,20 @@
 namespace pellwin {
 
 struct MinuteRollupOutput {
-  std::vector<SampleRow> samples;
-  std::vector<MinuteRow> minutes;
-  std::vector<MinuteAppRow> apps;
+  std::vector<SampleRow> samples{};
+  std::vector<MinuteRow> minutes{};
+  std::vector<MinuteAppRow> apps{};
   friend bool operator==(const MinuteRollupOutput&, const MinuteRollupOutput&) = default;
 };
 
 struct RollupOutput {
-  std::vector<SampleRow> samples;
-  std::vector<MinuteRow> minutes;
-  std::vector<MinuteAppRow> apps;
-  std::vector<EpisodeRow> episodes;
-  std::vector<AlertRow> alerts;
-  std::vector<AlertClear> clears;
-  std::vector<DayRow> days;
+  std::vector<SampleRow> samples{};
+  std::vector<MinuteRow> minutes{};
+  std::vector<MinuteAppRow> apps{};
+  std::vector<EpisodeRow> episodes{};
+  std::vector<AlertRow> alerts{};
+  std::vector<AlertClear> clears{};
+  std::vector<DayRow> days{};
 
   [[nodiscard]] bool isEmpty() const {
     return samples.empty() && minutes.empty() && apps.empty() && episodes.empty() &&
