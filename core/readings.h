@@ -16,26 +16,26 @@ namespace pellwin {
 // The desktop app a process belongs to, as the desktop session knows it (a systemd app
 // scope, a Flatpak or Snap id, a desktop entry). It plays the part of a bundle.
 struct AppIdentity {
-  std::string id;                       // desktop id without ".desktop", e.g. "org.gnome.Nautilus"
-  std::string name;                     // the desktop entry's Name
-  std::string entryPath;                // the desktop entry file; empty when none was found
-  std::vector<std::string> categories;  // the desktop entry's Categories, in file order
+  std::string id{};         // desktop id without ".desktop", e.g. "org.gnome.Nautilus"
+  std::string name{};       // the desktop entry's Name
+  std::string entryPath{};  // the desktop entry file; empty when none was found
+  std::vector<std::string> categories{};  // the desktop entry's Categories, in file order
   friend bool operator==(const AppIdentity&, const AppIdentity&) = default;
 };
 
 struct ProcessSample {
   std::int32_t pid = 0;
-  std::string name;
-  std::string path;  // executable; empty when unknown or not ours to read
+  std::string name{};
+  std::string path{};  // executable; empty when unknown or not ours to read
   std::uint64_t footprintBytes = 0;
   std::uint64_t cpuTimeNanos = 0;
   std::uint64_t diskReadBytes = 0;
   std::uint64_t diskWriteBytes = 0;
   std::uint64_t wakeups = 0;
-  std::vector<std::string> arguments;
-  std::optional<std::string> workingDirectory;
-  std::optional<double> startTime;
-  std::optional<AppIdentity> app;  // absent for command-line programs and system processes
+  std::vector<std::string> arguments{};
+  std::optional<std::string> workingDirectory{};
+  std::optional<double> startTime{};
+  std::optional<AppIdentity> app{};  // absent for command-line programs and system processes
   bool kernelThread = false;
   friend bool operator==(const ProcessSample&, const ProcessSample&) = default;
 };
@@ -44,7 +44,7 @@ struct BatteryReading {
   int percent = 0;  // 0 to 100
   bool onBattery = false;
   bool charging = false;
-  std::optional<int> minutesLeft;
+  std::optional<int> minutesLeft{};
   friend bool operator==(const BatteryReading&, const BatteryReading&) = default;
 };
 
@@ -73,9 +73,9 @@ struct SystemSample {
   ThermalLevel thermal = ThermalLevel::nominal;
   bool lowPowerMode = false;
   double bootTime = 0;
-  std::vector<ProcessSample> processes;
-  std::optional<BatteryReading> battery;
-  std::set<Resource> unavailable;
+  std::vector<ProcessSample> processes{};
+  std::optional<BatteryReading> battery{};
+  std::set<Resource> unavailable{};
 
   // A fresh sample: every field at its default and the boot time equal to the timestamp.
   [[nodiscard]] static SystemSample at(double timestamp) {

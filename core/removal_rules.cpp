@@ -1,0 +1,157 @@
+#include "core/removal_rules.h"
+
+#include <algorithm>
+#include <cctype>
+#include <span>
+
+namespace pellwin::RemovalRules {
+
+namespace {
+
+using Parts = std::vector<std::string>;
+
+std::string lowered(std::string_view text) {
+  std::string out(text);
+  for (char& c : out) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  return out;
+}
+
+// Exact components, case kept: "." and empty parts dropped, ".." kept so that it is refused.
+Parts exactComponents(std::string_view path) {
+  Parts parts;
+  std::size_t start = 0;
+  while (start <= path.size()) {
+    std::size_t end = path.find('/', start);
+    if (end == std::string_view::npos) end = path.size();
+    const std::string_view part = path.substr(start, end - start);
+    if (!part.empty() && part != ".") parts.emplace_back(part);
+    start = end + 1;
+  }
+  return parts;
+}
+
+// A path the rules cannot reason about: relative (its meaning depends on the working folder),
+// climbing with "..", or holding a NUL byte (the system would see only the text before it).
+bool isMalformed(std::string_view path, const Parts& parts) {
+  if (path.empty() || path.front() != '/') return true;
+  if (path.find('\0') != std::string_view::npos) return true;
+  return std::ranges::any_of(parts, [](const std::string& part) { return part == ".."; });
+}
+
+template <std::size_t N>
+bool isOneOf(const std::string& name, const std::array<std::string_view, N>& names) {
+  return std::ranges::find(names, name) != names.end();
+}
+
+bool beginsWith(std::span<const std::string> parts, std::span<const std::string> prefix) {
+  return parts.size() >= prefix.size() && std::equal(prefix.begin(), prefix.end(), parts.begin());
+}
+
+// `relative` is one of the home-relative constants, such as ".local/share".
+bool beginsWith(std::span<const std::string> rest, std::string_view relative) {
+  return beginsWith(rest, components(relative));
+}
+
+bool equals(std::span<const std::string> rest, std::string_view relative) {
+  const Parts other = components(relative);
+  return rest.size() == other.size() && beginsWith(rest, other);
+}
+
+// A trash folder at the top of some volume inside home: ".Trash" (freedesktop method 1) or
+// ".Trash-1000" (method 2), matched anywhere since mounts can sit at any depth.
+bool isVolumeTrashName(const std::string& name) {
+  if (name == ".trash") return true;
+  constexpr std::string_view prefix = ".trash-";
+  if (name.size() <= prefix.size() || !name.starts_with(prefix)) return false;
+  return std::all_of(name.begin() + static_cast<std::ptrdiff_t>(prefix.size()), name.end(),
+                     [](char c) { return c >= '0' && c <= '9'; });
+}
+
+std::optional<RemovalRefusal> refuse(std::string_view reason) {
+  return RemovalRefusal{.reason = std::string(reason)};
+}
+
+// Tests 5 to 13 of the rules, on the lower-case components after home's.
+std::optional<RemovalRefusal> refusalInsideHome(const Parts& all, std::span<const std::string> rest,
+                                                const std::vector<Parts>& extras) {
+  if (rest.front() == ".trash" || beginsWith(rest, linuxTrashFolder) ||
+      std::ranges::any_of(rest, isVolumeTrashName)) {
+    return refuse("It's your Trash");
+  }
+  if (rest.front() == ".ssh" || rest.front() == ".gnupg") return refuse("It holds your security keys");
+  // An empty extra matches everything: a caller's mistake then refuses all, never allows.
+  for (const Parts& extra : extras) {
+    if (beginsWith(all, extra)) return refuse("Tovrin needs it to run");
+  }
+  if ((rest.size() >= 2 && rest[0] == "library" && rest[1] == "keychains") ||
+      std::ranges::any_of(linuxKeyFolders,
+                          [&](std::string_view keys) { return beginsWith(rest, keys); })) {
+    return refuse("It holds your passwords and keys");
+  }
+  if (std::ranges::any_of(linuxSharedAppFolders,
+                          [&](std::string_view shared) { return equals(rest, shared); })) {
+    return refuse("It holds data for all your apps. Open it and pick one app's folder");
+  }
+  if (rest.size() < 2 || rest[0] != "library") return std::nullopt;
+  if (isOneOf(rest[1], systemLibraryFolders)) return refuse("macOS needs it to run");
+  if (rest.size() > 2 && isOneOf(rest[1], perAppLibraryFolders)) {
+    if (rest[2].starts_with("com.apple.") || rest[2].starts_with("group.com.apple.")) {
+      return refuse("It's part of macOS. Deleting it can break built-in apps");
+    }
+    return std::nullopt;
+  }
+  if (rest.size() == 2 && isOneOf(rest[1], sharedLibraryFolders)) {
+    return refuse("It holds data for all your apps. Open it and pick one app's folder");
+  }
+  return std::nullopt;
+}
+
+}  // namespace
+
+std::vector<std::string> components(std::string_view path) {
+  Parts parts = exactComponents(path);
+  for (std::string& part : parts) part = lowered(part);
+  return parts;
+}
+
+std::vector<std::vector<std::string>> splitExtras(const std::vector<std::string>& protectedExtras) {
+  std::vector<Parts> split;
+  split.reserve(protectedExtras.size());
+  for (const std::string& extra : protectedExtras) split.push_back(components(extra));
+  return split;
+}
+
+std::optional<RemovalRefusal> refusal(std::string_view path, std::string_view home,
+                                      const std::vector<std::vector<std::string>>& extras) {
+  const Parts exact = exactComponents(path);
+  if (isMalformed(path, exact)) return refuse("The path isn't valid");
+
+  // A home that is the root, relative or climbing would make everything look inside it.
+  const Parts homeParts = exactComponents(home);
+  const bool homeUsable = !homeParts.empty() && !isMalformed(home, homeParts);
+  if (!homeUsable || exact.size() < homeParts.size() ||
+      !std::equal(homeParts.begin(), homeParts.end(), exact.begin())) {
+    return refuse("It's outside your home folder");
+  }
+
+  const Parts all = components(path);
+  const std::span<const std::string> rest(all.begin() + static_cast<std::ptrdiff_t>(homeParts.size()),
+                                          all.end());
+  if (rest.empty()) return refuse("It's your home folder");
+  if (rest.size() == 1 && (isOneOf(rest[0], topLevelFolders) || isOneOf(rest[0], linuxTopLevelFolders))) {
+    return refuse("It's one of your main folders");
+  }
+  return refusalInsideHome(all, rest, extras);
+}
+
+std::optional<RemovalRefusal> verdict(std::string_view path, std::string_view home, bool isSymlink,
+                                      std::optional<std::string_view> resolvedPath,
+                                      const std::vector<std::string>& protectedExtras) {
+  if (isSymlink) return refuse("It's a shortcut to somewhere else");
+  const std::vector<Parts> extras = splitExtras(protectedExtras);
+  if (auto refused = refusal(path, home, extras)) return refused;
+  if (resolvedPath && *resolvedPath != path) return refusal(*resolvedPath, home, extras);
+  return std::nullopt;
+}
+
+}  // namespace pellwin::RemovalRules

@@ -1,0 +1,84 @@
+// Whether a path may be deleted at all, and why not. Pure functions over path components: no
+// disk access, so callers that act on the disk check links and resolved paths themselves and
+// pass them to `verdict`. Nothing outside the home folder is ever allowed.
+#pragma once
+
+#include <array>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace pellwin {
+
+struct RemovalRefusal {
+  std::string reason{};  // the sentence shown to the user
+  friend bool operator==(const RemovalRefusal&, const RemovalRefusal&) = default;
+};
+
+namespace RemovalRules {
+
+// Lower-case folder names. The first four sets are the macOS layout, kept in force on Linux.
+inline constexpr std::array<std::string_view, 9> topLevelFolders = {
+    "desktop", "documents", "downloads", "library",     "movies",
+    "music",   "pictures",  "public",    "applications"};
+inline constexpr std::array<std::string_view, 6> sharedLibraryFolders = {
+    "application support", "containers",       "group containers",
+    "preferences",         "mobile documents", "cloudstorage"};
+inline constexpr std::array<std::string_view, 6> systemLibraryFolders = {
+    "accounts", "identityservices", "daemon containers", "security", "biome", "trial"};
+inline constexpr std::array<std::string_view, 8> perAppLibraryFolders = {
+    "application support",    "containers",   "group containers", "preferences",
+    "saved application state", "httpstorages", "webkit",           "cookies"};
+
+// The XDG user folders at the top of home that the macOS list lacks.
+inline constexpr std::array<std::string_view, 2> linuxTopLevelFolders = {"templates", "videos"};
+
+// Home-relative folders that as a whole hold every app's settings and data. An app's own folder
+// inside them may go.
+inline constexpr std::array<std::string_view, 6> linuxSharedAppFolders = {
+    ".config", ".local", ".local/share", ".local/state", ".var", ".var/app"};
+
+// Home-relative places that hold passwords, keys and tokens; they and everything inside them
+// are refused.
+inline constexpr std::array<std::string_view, 11> linuxKeyFolders = {
+    ".pki",                   // the NSS certificate and key database
+    ".password-store",        // pass
+    ".local/share/keyrings",  // GNOME Keyring
+    ".local/share/kwalletd",  // KDE Wallet
+    ".gnome2/keyrings",       // GNOME Keyring before the XDG layout
+    ".netrc",                 // logins for ftp, curl and git
+    ".git-credentials",       // git's credential store
+    ".aws",
+    ".azure",
+    ".kube",
+    ".config/gcloud",
+};
+
+// The home trash of the freedesktop.org Trash, home-relative.
+inline constexpr std::string_view linuxTrashFolder = ".local/share/trash";
+
+// The path split on "/", empty and "." parts dropped (they name the same place), each part
+// lower-cased.
+[[nodiscard]] std::vector<std::string> components(std::string_view path);
+
+// The rules for one path. `extras` are the protected paths, each already split by `components`.
+// Whether a path is inside home is decided on exact, case-sensitive components (Linux file
+// names are case-sensitive, so "/HOME/ann" is not inside "/home/ann"); every protection below
+// that compares lower-case components, which only ever refuses more.
+[[nodiscard]] std::optional<RemovalRefusal> refusal(
+    std::string_view path, std::string_view home, const std::vector<std::vector<std::string>>& extras);
+
+// The entry point for a path as the user sees it: a symbolic link is refused whatever it points
+// to; otherwise the path and, when given and different, its resolved path are both tested.
+[[nodiscard]] std::optional<RemovalRefusal> verdict(std::string_view path, std::string_view home,
+                                                    bool isSymlink,
+                                                    std::optional<std::string_view> resolvedPath,
+                                                    const std::vector<std::string>& protectedExtras);
+
+// `protectedExtras` each split by `components`.
+[[nodiscard]] std::vector<std::vector<std::string>> splitExtras(
+    const std::vector<std::string>& protectedExtras);
+
+}  // namespace RemovalRules
+}  // namespace pellwin
