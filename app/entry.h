@@ -15,6 +15,9 @@ struct Environment {
   std::optional<std::string> xdgDataHome;  // $XDG_DATA_HOME, absent when unset
   std::string procRoot = "/proc";
   std::string sysRoot = "/sys";
+  std::optional<std::string> xdgDataDirs;  // $XDG_DATA_DIRS, absent when unset
+  std::string searchPath;                  // $PATH
+  std::string messagesLocale;              // $LC_ALL, else $LC_MESSAGES, else $LANG
 };
 
 // The data folder's parent for this environment (the XDG data home).
