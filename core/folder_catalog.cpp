@@ -66,7 +66,12 @@ std::size_t matchDepth(const FolderEntry& entry, const Located& at) {
     }
     return 0;
   }
-  if (entry.path.starts_with('/')) return prefixLength(entry.path, at.parts, 0);
+  if (entry.path.starts_with('/')) {
+    // Where home itself lies (/var/home on some systems, /tmp in tests) says nothing about
+    // what is inside it: an absolute row counts inside home only when it lies deeper than home.
+    const std::size_t length = prefixLength(entry.path, at.parts, 0);
+    return at.insideHome && length <= at.homeDepth ? 0 : length;
+  }
   if (!at.insideHome) return 0;
   const std::size_t length = prefixLength(entry.path, at.parts, at.homeDepth);
   return length == 0 ? 0 : at.homeDepth + length;

@@ -72,6 +72,14 @@ TEST(FolderCatalog, HomeInsideAnAbsoluteRowStillUsesHomeRows) {
   EXPECT_FALSE(FolderCatalog::isCleanable("/var/lib/svc/data", "/var/lib/svc"));
 }
 
+TEST(FolderCatalog, WhereHomeLiesDoesNotClassifyWhatIsInside) {
+  EXPECT_EQ(FolderCatalog::category("/var/home/ann/code", "/var/home/ann"),
+            StorageCategory::other);
+  EXPECT_EQ(FolderCatalog::category("/var/home/ann", "/var/home/ann"), StorageCategory::other);
+  EXPECT_EQ(FolderCatalog::category("/var/home/bob", "/var/home/ann"), StorageCategory::system);
+  EXPECT_EQ(FolderCatalog::explanation("/var/home/ann", "/var/home/ann"), std::nullopt);
+}
+
 TEST(FolderCatalog, ExplainsOnlyTheFolderItself) {
   EXPECT_EQ(FolderCatalog::explanation("/home/ann/.ssh", kHome),
             "Your keys for signing in to servers. Never remove these");
