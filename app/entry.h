@@ -27,6 +27,11 @@ struct Environment {
 // carries on.
 void migrateDataFolder(const Environment& environment, std::ostream& err);
 
+// The real history file: the data folder's "history.sqlite".
+[[nodiscard]] std::string defaultHistoryFile(const Environment& environment);
+// The history file this run uses: "--history-db PATH" when given, else the real one.
+[[nodiscard]] std::string historyFile(const Command& command, const Environment& environment);
+
 [[nodiscard]] int runCommand(const Command& command, const Environment& environment,
                              std::ostream& out, std::ostream& err);
 
