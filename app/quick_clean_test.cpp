@@ -2,16 +2,13 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
-#include <condition_variable>
 #include <cstdio>
-#include <deque>
 #include <filesystem>
 #include <map>
-#include <mutex>
 #include <sstream>
 
 #include "app/history_recorder.h"
+#include "app/owner_loop.h"
 #include "probe/proc_fixture.h"
 #include "probe/scratch_folder.h"
 
@@ -20,37 +17,8 @@ namespace {
 
 namespace fs = std::filesystem;
 using testing::FakeProcess;
+using testing::OwnerLoop;
 using testing::ScratchFolder;
-
-// The owner's thread of these tests: posted steps wait here until the test runs them.
-class OwnerLoop {
- public:
-  std::function<void(std::function<void()>)> poster() {
-    return [this](std::function<void()> step) {
-      std::lock_guard lock(mutex_);
-      steps_.push_back(std::move(step));
-      wake_.notify_all();
-    };
-  }
-  bool runUntil(const std::function<bool()>& done) {
-    while (!done()) {
-      std::unique_lock lock(mutex_);
-      if (!wake_.wait_for(lock, std::chrono::seconds(20), [this] { return !steps_.empty(); })) {
-        return false;
-      }
-      auto step = std::move(steps_.front());
-      steps_.pop_front();
-      lock.unlock();
-      step();
-    }
-    return true;
-  }
-
- private:
-  std::mutex mutex_;
-  std::condition_variable wake_;
-  std::deque<std::function<void()>> steps_;
-};
 
 std::map<std::string, std::uintmax_t> contents(const fs::path& root) {
   std::map<std::string, std::uintmax_t> files;
