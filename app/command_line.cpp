@@ -17,7 +17,9 @@ std::string_view rawValue(CommandKind kind) {
   return "";
 }
 
-Command parseCommandLine(const std::vector<std::string>& arguments) {
+namespace {
+
+Command parseMode(const std::vector<std::string>& arguments) {
   auto find = [&](std::string_view flag) {
     return std::find(arguments.begin(), arguments.end(), flag);
   };
@@ -34,6 +36,17 @@ Command parseCommandLine(const std::vector<std::string>& arguments) {
   if (has("--help") || has("-h")) return {.kind = CommandKind::help};
   if (has("--version")) return {.kind = CommandKind::version};
   return {.kind = CommandKind::windowed};
+}
+
+}  // namespace
+
+Command parseCommandLine(const std::vector<std::string>& arguments) {
+  Command command = parseMode(arguments);
+  const auto it = std::find(arguments.begin(), arguments.end(), "--history-db");
+  if (it != arguments.end() && std::next(it) != arguments.end()) {
+    command.historyDatabase = *std::next(it);
+  }
+  return command;
 }
 
 std::string usageText() {

@@ -1,6 +1,7 @@
 // Decides from the process argument list which mode runs. Pure: no mode is run here.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -8,27 +9,30 @@
 namespace pellwin {
 
 enum class CommandKind {
-  check,             // "--check"
-  checkStorage,      // "--check-storage" with the arguments after it
-  seedHistory,       // "--seed-history PATH"
-  seedHistoryNoPath, // "--seed-history" as the last argument
-  help,              // "--help" or "-h"
-  version,           // "--version"
-  windowed,          // nothing matched: the tray app
+  check,              // "--check"
+  checkStorage,       // "--check-storage" with the arguments after it
+  seedHistory,        // "--seed-history PATH"
+  seedHistoryNoPath,  // "--seed-history" as the last argument
+  help,               // "--help" or "-h"
+  version,            // "--version"
+  windowed,           // nothing matched: the tray app
 };
 
 [[nodiscard]] std::string_view rawValue(CommandKind kind);
 
 struct Command {
   CommandKind kind = CommandKind::windowed;
-  std::vector<std::string> arguments;  // for checkStorage: everything after the switch
-  std::string path;                    // for seedHistory
+  std::vector<std::string> arguments;            // for checkStorage: everything after the switch
+  std::string path;                              // for seedHistory
+  std::optional<std::string> historyDatabase{};  // "--history-db PATH", in any mode
   friend bool operator==(const Command&, const Command&) = default;
 };
 
 // `arguments` is the whole argument list, the program path in position 0 included. Tested in
 // this order, the first match winning: "--check" exactly, "--check-storage", "--seed-history",
 // "--help"/"-h", "--version"; for the switches that take arguments the first occurrence counts.
+// "--history-db" followed by another argument sets `historyDatabase` whatever the mode; as the
+// last argument it is ignored.
 [[nodiscard]] Command parseCommandLine(const std::vector<std::string>& arguments);
 
 // The text `--help` prints.

@@ -42,6 +42,11 @@ TEST(CommandLine, FirstMatchingTestWinsInTheFixedOrder) {
       {"version", {"tovrin", "--version"}, {.kind = CommandKind::version}},
       {"near misses fall through", {"tovrin", "--Check", "check", "--check=1"},
        {.kind = CommandKind::windowed}},
+      {"history-db picks the history file of any mode",
+       {"tovrin", "--history-db", "/tmp/h.sqlite", "--check"},
+       {.kind = CommandKind::check, .historyDatabase = "/tmp/h.sqlite"}},
+      {"history-db as the last argument is ignored", {"tovrin", "--history-db"},
+       {.kind = CommandKind::windowed}},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.why);

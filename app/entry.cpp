@@ -2,6 +2,9 @@
 
 #include <ostream>
 
+#include "app/history_recorder.h"
+#include "app/seed_history.h"
+#include "app/system_calendar.h"
 #include "core/data_folder.h"
 #include "probe/app_data_folder.h"
 
@@ -16,19 +19,38 @@ void migrateDataFolder(const Environment& environment, std::ostream& err) {
   if (!moved) err << "Couldn't move the data folder to its new name: " << moved.error() << "\n";
 }
 
+std::string defaultHistoryFile(const Environment& environment) {
+  return HistoryRecorder::storeURL(std::nullopt, DataFolder::path(applicationSupport(environment)))
+      .string();
+}
+
+std::string historyFile(const Command& command, const Environment& environment) {
+  return HistoryRecorder::storeURL(command.historyDatabase,
+                                   DataFolder::path(applicationSupport(environment)))
+      .string();
+}
+
 namespace {
 int notBuiltYet(std::ostream& err, std::string_view what) {
   err << what << " isn't built yet in this version of Tovrin.\n";
   return 1;
 }
+
+int seedHistory(const Command& command, const Environment& environment, std::ostream& out,
+                std::ostream& err) {
+  // The real file is the default one: "--history-db" never makes another file real.
+  const double now = systemNow();
+  return SeedHistory::run(command.path, defaultHistoryFile(environment), now, systemCalendar(now),
+                          out, err);
+}
 }  // namespace
 
-int runCommand(const Command& command, const Environment& /*environment*/, std::ostream& out,
+int runCommand(const Command& command, const Environment& environment, std::ostream& out,
                std::ostream& err) {
   switch (command.kind) {
     case CommandKind::check: return notBuiltYet(err, "The --check mode");
     case CommandKind::checkStorage: return notBuiltYet(err, "The --check-storage mode");
-    case CommandKind::seedHistory: return notBuiltYet(err, "The --seed-history mode");
+    case CommandKind::seedHistory: return seedHistory(command, environment, out, err);
     case CommandKind::seedHistoryNoPath: err << "--seed-history needs a path\n"; return 2;
     case CommandKind::help: out << usageText(); return 0;
     case CommandKind::version: out << "tovrin " << PELLWIN_VERSION << "\n"; return 0;

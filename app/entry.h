@@ -13,6 +13,9 @@ namespace pellwin {
 struct Environment {
   std::string home;                        // the user's home folder
   std::optional<std::string> xdgDataHome;  // $XDG_DATA_HOME, absent when unset
+  std::optional<std::string> xdgCacheHome;   // $XDG_CACHE_HOME, absent when unset
+  std::optional<std::string> xdgConfigHome;  // $XDG_CONFIG_HOME, absent when unset
+  std::optional<std::string> xdgStateHome;   // $XDG_STATE_HOME, absent when unset
   std::string procRoot = "/proc";
   std::string sysRoot = "/sys";
 };
@@ -23,6 +26,11 @@ struct Environment {
 // Moves the data folder to its current name; a failure is reported on `err` and start-up
 // carries on.
 void migrateDataFolder(const Environment& environment, std::ostream& err);
+
+// The real history file: the data folder's "history.sqlite".
+[[nodiscard]] std::string defaultHistoryFile(const Environment& environment);
+// The history file this run uses: "--history-db PATH" when given, else the real one.
+[[nodiscard]] std::string historyFile(const Command& command, const Environment& environment);
 
 [[nodiscard]] int runCommand(const Command& command, const Environment& environment,
                              std::ostream& out, std::ostream& err);

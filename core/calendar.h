@@ -1,0 +1,53 @@
+// Local calendar days and clock times for one time zone, without reading a clock or the
+// system's zone files: the caller hands in the zone as a table of UTC offsets (the app builds
+// it from the system time zone, tests build fixed ones). Times are seconds since 1970 (UTC).
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace pellwin {
+
+// A local date and wall-clock time. `weekday` 0 is Sunday.
+struct LocalTime {
+  int year = 1970;
+  int month = 1;  // 1 to 12
+  int day = 1;    // 1 to 31
+  int hour = 0;
+  int minute = 0;
+  int second = 0;
+  int weekday = 4;
+  friend bool operator==(const LocalTime&, const LocalTime&) = default;
+};
+
+class Calendar {
+ public:
+  // From `from` on (seconds since 1970), local time is UTC plus `seconds`.
+  struct Offset {
+    double from = 0;
+    int seconds = 0;
+    friend bool operator==(const Offset&, const Offset&) = default;
+  };
+
+  // UTC.
+  Calendar() = default;
+  // A zone whose offset never changes.
+  [[nodiscard]] static Calendar fixed(int utcOffsetSeconds);
+  // `offsets` in any order; the earliest also applies before its `from`. Empty means UTC.
+  explicit Calendar(std::vector<Offset> offsets);
+
+  [[nodiscard]] int utcOffset(double time) const;
+  [[nodiscard]] LocalTime local(double time) const;
+  // The local date as "%04d-%02d-%02d"; text order is date order.
+  [[nodiscard]] std::string dayKey(double time) const;
+  // The key of the local date before the one `time` falls on (whatever length that day had).
+  [[nodiscard]] std::string dayBeforeKey(double time) const;
+
+  [[nodiscard]] const std::vector<Offset>& offsets() const { return offsets_; }
+  friend bool operator==(const Calendar&, const Calendar&) = default;
+
+ private:
+  std::vector<Offset> offsets_;  // sorted by `from`
+};
+
+}  // namespace pellwin
