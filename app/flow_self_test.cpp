@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <ostream>
 
@@ -42,7 +43,7 @@ class Flow {
         root_(scratch.folder()), scanner_(home_),
         disk_(FreedesktopTrash(dataHome_, ::getuid())) {
     extras_ = DataFolder::protectedPaths(home_, dataHome_);
-    for (const char* kept : {"/keep", "/holder/vault", "/nested/late"}) extras_.push_back(root_ + kept);
+    for (const char* kept : {"/keep", "/holder/vault"}) extras_.push_back(root_ + kept);
   }
 
   Problem run() {
@@ -74,7 +75,7 @@ class Flow {
       writeScratchFile(root_ + name, bytes);
     }
     std::error_code ignored;
-    fs::create_directory_symlink(root_ + "/big", root_ + "/link", ignored);
+    fs::create_directory_symlink(root_ + "/holder", root_ + "/link", ignored);
   }
 
   // Picks in an order that exercises covering and replacing, and the two refusals.
@@ -108,12 +109,13 @@ class Flow {
   }
 
   // What can happen between picking and confirming: a file swapped for a link, a protected
-  // folder appearing inside a picked one, a picked file deleted by someone else.
+  // folder (a disk's trash, as a mount would bring) appearing inside a picked one, a picked
+  // file deleted by someone else.
   void changeBehindTheList() const {
     std::error_code ignored;
     fs::remove(root_ + "/single.bin", ignored);
-    fs::create_directory_symlink(root_ + "/big", root_ + "/single.bin", ignored);
-    fs::create_directory(root_ + "/nested/late", ignored);
+    fs::create_directory_symlink(root_ + "/keep", root_ + "/single.bin", ignored);
+    writeScratchFile(root_ + "/nested/" + lateTrash_ + "/files/x.bin", 1'100'000);
     fs::remove(root_ + "/gone.bin", ignored);
   }
 
@@ -125,7 +127,7 @@ class Flow {
     const auto results = trasher.trash(items);
 
     const std::pair<Outcome, std::string> wanted[] = {
-        {Outcome::refused, "It holds late, which Tovrin keeps safe"}, {Outcome::moved, ""},
+        {Outcome::refused, "It holds " + lateTrash_ + ", which Tovrin keeps safe"}, {Outcome::moved, ""},
         {Outcome::moved, ""}, {Outcome::refused, shortcut}, {Outcome::alreadyGone, ""},
         {Outcome::refused, shortcut}};
     std::uint64_t freed = 0;
@@ -166,10 +168,11 @@ class Flow {
         return std::string("the rescan changed the size of ") + (name + 1);
       }
     }
-    // What went, less what the changes added: the new link, the new folder, and the folders'
-    // own blocks as their entries changed.
+    // What went, less what the changes added: the new link, the new trash folder, and the
+    // folders' own blocks as their entries changed.
     const SizeNode expected = before_.removing({root_ + "/big", root_ + "/extra.bin", root_ + "/single.bin", root_ + "/gone.bin"});
-    const std::uint64_t added = ownBlocks(root_ + "/single.bin") + ownBlocks(root_ + "/nested/late") +
+    const std::uint64_t added = ownBlocks(root_ + "/single.bin") +
+                                FolderSize::allocatedBytes(root_ + "/nested/" + lateTrash_) +
                                 ownBlocks(root_) + ownBlocks(root_ + "/nested");
     if (after.bytes + rootBlocks_ + nestedBlocks_ != expected.bytes + added) {
       return "the rescan counts " + std::to_string(after.bytes) + " bytes, the flow expects " +
@@ -196,6 +199,7 @@ class Flow {
   std::uint64_t nestedBlocks_ = 0;
   RemovalSelection selection_;
   RemovalSelection later_;  // items that stay, to see reconcile keep them
+  std::string lateTrash_ = ".Trash-" + std::to_string(::getuid());
 };
 
 }  // namespace

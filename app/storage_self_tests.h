@@ -17,7 +17,7 @@ namespace pellwin {
 
 // `--flow-test`: scans a scratch tree, picks items through the delete list (a protected folder
 // and a folder holding one are refused), then changes the disk under it (a picked file becomes
-// a link, a picked folder gains a protected folder, one vanishes), moves the list with the
+// a link, a picked folder gains a disk's trash folder, one vanishes), moves the list with the
 // trash mover plus a link, rescans and reconciles, and checks every outcome and size. Prints
 // "flow-test ok" and returns 0, or "flow-test failed: " and the first difference, and 1.
 [[nodiscard]] int runFlowSelfTest(const std::string& home, const std::string& dataHome,
