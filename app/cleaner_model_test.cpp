@@ -2,38 +2,14 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
-#include <condition_variable>
-#include <deque>
-#include <mutex>
 #include <thread>
+
+#include "app/owner_loop.h"
 
 namespace pellwin {
 namespace {
 
-// The owner's thread in these tests: steps the worker posts wait here until the test runs them.
-class MainQueue {
- public:
-  void post(std::function<void()> step) {
-    std::lock_guard lock(mutex_);
-    steps_.push_back(std::move(step));
-    ready_.notify_all();
-  }
-  // Runs posted steps until one arrives, waiting up to a few seconds for it.
-  void runNext() {
-    std::unique_lock lock(mutex_);
-    ASSERT_TRUE(ready_.wait_for(lock, std::chrono::seconds(10), [&] { return !steps_.empty(); }));
-    auto step = std::move(steps_.front());
-    steps_.pop_front();
-    lock.unlock();
-    step();
-  }
-
- private:
-  std::mutex mutex_;
-  std::condition_variable ready_;
-  std::deque<std::function<void()>> steps_;
-};
+using testing::OwnerLoop;
 
 CleanPlan samplePlan() {
   auto group = [](std::string id, CleanAction action, std::vector<CleanItem> items) {
@@ -54,7 +30,7 @@ struct LoggedRun {
 };
 
 struct Harness {
-  MainQueue main;
+  OwnerLoop main;
   std::thread::id ownerThread = std::this_thread::get_id();
   std::thread::id scanThread, removeThread;
   std::vector<CleanBatch> removed;
@@ -83,7 +59,7 @@ struct Harness {
           EXPECT_EQ(std::this_thread::get_id(), ownerThread);
           logged.push_back({std::string(rules), d, t, n});
         },
-        .post = [this](std::function<void()> step) { main.post(std::move(step)); },
+        .post = main.poster(),
         .changed = [this] { ++changes; },
     };
   }
@@ -96,7 +72,7 @@ TEST(CleanerModel, ScanRunsOnTheWorkerAndAdoptsThePlanWithEverythingTicked) {
   model.scan();
   EXPECT_EQ(model.phase(), CleanerModel::Phase::scanning);
   model.scan();  // a second request while scanning is ignored: only one step will arrive
-  h.main.runNext();
+  ASSERT_TRUE(h.main.runNext());
   EXPECT_EQ(model.phase(), CleanerModel::Phase::ready);
   EXPECT_NE(h.scanThread, h.ownerThread);
   EXPECT_EQ(model.ticked(), samplePlan().allItemIDs());
@@ -110,7 +86,7 @@ TEST(CleanerModel, TogglesTickItemsAndGroupsAndTheSheetNeedsSomethingTicked) {
   model.requestClean();
   EXPECT_FALSE(model.confirming()) << "no sheet before a plan";
   model.scan();
-  h.main.runNext();
+  ASSERT_TRUE(h.main.runNext());
   const CleanGroupPlan developer = model.plan()->groups[0];
 
   model.toggle("/h/.cache/pip");
@@ -145,13 +121,13 @@ TEST(CleanerModel, ACleanRemovesTickedItemsByBatchThenLogsOneRun) {
   Harness h;
   CleanerModel model(h.services());
   model.scan();
-  h.main.runNext();
+  ASSERT_TRUE(h.main.runNext());
   model.toggle("/h/.cache/pip");
   model.requestClean();
   model.clean();
   EXPECT_FALSE(model.confirming());
   EXPECT_EQ(model.phase(), CleanerModel::Phase::cleaning);
-  h.main.runNext();
+  ASSERT_TRUE(h.main.runNext());
   EXPECT_EQ(model.phase(), CleanerModel::Phase::done);
   EXPECT_NE(h.removeThread, h.ownerThread);
   ASSERT_EQ(h.removed.size(), 2u);
@@ -171,7 +147,7 @@ TEST(CleanerModel, ACleanRemovesTickedItemsByBatchThenLogsOneRun) {
   model.scan();
   EXPECT_EQ(model.phase(), CleanerModel::Phase::scanning);
   EXPECT_FALSE(model.summary());
-  h.main.runNext();
+  ASSERT_TRUE(h.main.runNext());
   EXPECT_EQ(model.phase(), CleanerModel::Phase::ready);
 }
 
@@ -180,9 +156,9 @@ TEST(CleanerModel, ARunWhereEveryItemFailsEndsDoneWithAProblemPerItemAndNoLog) {
   h.outcome = TrashResult::Outcome::failed;
   CleanerModel model(h.services());
   model.scan();
-  h.main.runNext();
+  ASSERT_TRUE(h.main.runNext());
   model.clean();
-  h.main.runNext();
+  ASSERT_TRUE(h.main.runNext());
   ASSERT_EQ(model.phase(), CleanerModel::Phase::done);
   EXPECT_EQ(model.summary()->freed + model.summary()->trashed, 0u);
   EXPECT_EQ(model.summary()->cleaned, 0);
@@ -195,9 +171,9 @@ TEST(CleanerModel, DemonstrationDataIsNeverLogged) {
   Harness h;
   CleanerModel model(h.services(), /*isFixture=*/true);
   model.scan();
-  h.main.runNext();
+  ASSERT_TRUE(h.main.runNext());
   model.clean();
-  h.main.runNext();
+  ASSERT_TRUE(h.main.runNext());
   EXPECT_EQ(model.summary()->cleaned, 4);
   EXPECT_TRUE(h.logged.empty());
 }
@@ -208,7 +184,7 @@ TEST(CleanerModel, AResultArrivingAfterTheModelIsGoneIsDropped) {
     CleanerModel model(h.services());
     model.scan();
   }
-  h.main.runNext();  // the posted adoption finds no model and does nothing
+  ASSERT_TRUE(h.main.runNext());  // the posted adoption finds no model and does nothing
   SUCCEED();
 }
 
@@ -226,7 +202,7 @@ TEST(CleanerModel, OnlyTheFirstGroupsAreListedUntilShowingAll) {
   };
   CleanerModel model(services);
   model.scan();
-  h.main.runNext();
+  ASSERT_TRUE(h.main.runNext());
   ASSERT_EQ(model.listedGroups().size(), CleanerModel::groupsBeforeShowAll);
   EXPECT_EQ(model.listedGroups().front().group.id, "g5");
   model.setShowingAll(true);

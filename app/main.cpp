@@ -26,6 +26,11 @@ int main(int argc, char** argv) {
   const std::vector<std::string> arguments(argv, argv + argc);
   pellwin::Environment environment{.home = homeFolder()};
   if (const char* xdg = std::getenv("XDG_DATA_HOME"); xdg != nullptr) environment.xdgDataHome = xdg;
+  if (const char* xdg = std::getenv("XDG_CACHE_HOME"); xdg != nullptr) environment.xdgCacheHome = xdg;
+  if (const char* xdg = std::getenv("XDG_CONFIG_HOME"); xdg != nullptr) environment.xdgConfigHome = xdg;
+  if (const char* xdg = std::getenv("XDG_STATE_HOME"); xdg != nullptr) environment.xdgStateHome = xdg;
+
+  environment.errIsTerminal = ::isatty(STDERR_FILENO) == 1;
 
   pellwin::migrateDataFolder(environment, std::cerr);
   const pellwin::Command command = pellwin::parseCommandLine(arguments);

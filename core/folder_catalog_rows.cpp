@@ -183,6 +183,14 @@ constexpr auto kLinuxRows = std::to_array<FolderEntry>({
     row(".cache/go-build", developer, "Compiled pieces Go reuses between builds", kCleanable),
     row(".cache/Homebrew", developer, "Downloads Homebrew kept from past installs", kCleanable),
     row(".local/share/pnpm/store", developer, "Packages pnpm shares between projects", kCleanable),
+    // Logs that editors and desktop sessions leave in home; quick clean takes the old ones.
+    row(".config/Code/logs", developer, "Logs Visual Studio Code wrote, one folder per session",
+        kCleanable),
+    row(".local/share/xorg", other, "Logs the X server wrote for your desktop sessions", kCleanable),
+    row(".local/share/sddm", other, "Logs of your desktop sessions, written by the login screen",
+        kCleanable),
+    row(".xsession-errors.old", other, "Messages programs wrote during your previous desktop session",
+        kCleanable),
     row(".local/share/containers", developer, "Podman's images and containers"),
     // The system outside home.
     row("/usr", system, "Programs and files that the system's packages install"),

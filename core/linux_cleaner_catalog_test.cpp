@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "core/folder_catalog.h"
+
 namespace pellwin {
 namespace {
 
@@ -118,6 +120,29 @@ TEST(LinuxCleanerCatalog, AppCachesLeaveOutOtherGroupsPortalsAndBaseFoldersInsid
   }
   const auto noCache = LinuxCleanerCatalog::groups({.home = "/h", .xdgCacheHome = "/tmp/c"});
   EXPECT_TRUE(noCache[1].sources.empty());
+}
+
+}  // namespace
+}  // namespace pellwin
+
+namespace pellwin {
+namespace {
+
+// The trash mover deletes for good only where the folder catalog says the contents rebuild,
+// so every place this catalog deletes from must be cleanable there too.
+TEST(LinuxCleanerCatalog, EverythingDeletedForGoodIsCleanableInTheFolderCatalog) {
+  const std::string home = "/home/ann";
+  for (const CleanGroup& group : LinuxCleanerCatalog::groups({.home = home})) {
+    if (group.action != CleanAction::delete_) continue;
+    for (const CleanSource& source : group.sources) {
+      std::string path = home + "/" + source.path;
+      for (auto star = path.find('*'); star != std::string::npos; star = path.find('*')) {
+        path.replace(star, 1, "IntelliJIdea2025.2");
+      }
+      if (source.eachChild) path += "/some-child";
+      EXPECT_TRUE(FolderCatalog::isCleanable(path, home)) << group.id << ": " << path;
+    }
+  }
 }
 
 }  // namespace

@@ -4,6 +4,8 @@
 #include <cctype>
 #include <span>
 
+#include "core/folder_catalog.h"
+
 namespace pellwin::RemovalRules {
 
 namespace {
@@ -151,6 +153,124 @@ std::optional<RemovalRefusal> verdict(std::string_view path, std::string_view ho
   const std::vector<Parts> extras = splitExtras(protectedExtras);
   if (auto refused = refusal(path, home, extras)) return refused;
   if (resolvedPath && *resolvedPath != path) return refusal(*resolvedPath, home, extras);
+  return std::nullopt;
+}
+
+namespace {
+
+bool endsWith(const Parts& parts, std::string_view suffix) {
+  return std::ranges::any_of(parts, [&](const std::string& part) { return part.ends_with(suffix); });
+}
+
+// Words that name a build of an app rather than the app, skipped in bundle-style names.
+constexpr std::array<std::string_view, 8> genericIdWords = {"app", "client", "desktop", "mac",
+                                                            "macos", "linux", "helper", "stable"};
+
+std::string capitalised(std::string word) {
+  if (!word.empty() && word.front() >= 'a' && word.front() <= 'z') word.front() = static_cast<char>(word.front() - 'a' + 'A');
+  return word;
+}
+
+// The app named by a catalog entry's sentence, such as "Chrome" in "Chrome's bookmarks, ...".
+std::optional<std::string> possessor(std::string_view explanation) {
+  const std::size_t mark = explanation.find("'s ");
+  if (mark == std::string_view::npos || mark == 0 || explanation.substr(0, mark).find(',') != std::string_view::npos) {
+    return std::nullopt;
+  }
+  return std::string(explanation.substr(0, mark));
+}
+
+// The exact (not lower-cased) name of the app's folder: the component `index` after home.
+std::string exactComponentAfterHome(std::string_view path, std::string_view home, std::size_t index) {
+  const Parts exact = exactComponents(path);
+  const std::size_t at = exactComponents(home).size() + index;
+  return at < exact.size() ? exact[at] : std::string();
+}
+
+std::string appDataWarning(const std::string& app) {
+  return app + " keeps its data here. Deleting it resets " + app +
+         ", so you may lose its settings, sign-ins or saved work. Quit " + app + " first.";
+}
+
+// The app's name for a path inside an app's own folder, whose name is `folderName` and whose
+// shared parent folder has `sharedDepth` components after home.
+std::string appNameFor(std::string_view path, std::string_view home, std::size_t sharedDepth,
+                       const std::string& folderName, std::optional<std::string_view> appName) {
+  if (appName && !appName->empty()) return std::string(*appName);
+  if (const auto entry = FolderCatalog::best(path, home);
+      entry && !entry->anywhere && components(entry->path).size() > sharedDepth) {
+    if (auto owner = possessor(entry->explanation)) return *owner;
+  }
+  return appDisplayName(folderName);
+}
+
+}  // namespace
+
+std::string appDisplayName(std::string_view folderName) {
+  std::string name(folderName);
+  while (name.starts_with('.')) name.erase(0, 1);
+  if (name.find('.') != std::string::npos && name.find(' ') == std::string::npos) {
+    // A bundle-style identifier: its last meaningful word is the app.
+    std::vector<std::string> words;
+    for (std::size_t start = 0; start <= name.size();) {
+      std::size_t end = name.find('.', start);
+      if (end == std::string::npos) end = name.size();
+      if (end > start) words.push_back(name.substr(start, end - start));
+      start = end + 1;
+    }
+    while (words.size() > 1 && std::ranges::find(genericIdWords, lowered(words.back())) != genericIdWords.end()) {
+      words.pop_back();
+    }
+    return words.empty() ? std::string(folderName) : capitalised(words.back());
+  }
+  if (name.find_first_of("ABCDEFGHIJKLMNOPQRSTUVWXYZ ") != std::string::npos) return name;
+  // A lower-case name made of words, such as "google-chrome": each word capitalised.
+  std::string shown;
+  for (std::size_t start = 0; start <= name.size();) {
+    std::size_t end = name.find_first_of("-_", start);
+    if (end == std::string::npos) end = name.size();
+    if (end > start) shown += (shown.empty() ? "" : " ") + capitalised(name.substr(start, end - start));
+    start = end + 1;
+  }
+  return shown.empty() ? std::string(folderName) : shown;
+}
+
+std::optional<std::string> caution(std::string_view path, std::string_view home,
+                                   std::optional<std::string_view> appName) {
+  const Parts all = components(path);
+  const Parts homeParts = components(home);
+  if (endsWith(all, ".photoslibrary")) {
+    return "This is your Photos library. Deleting it removes your photos from the Photos app.";
+  }
+  if (endsWith(all, ".musiclibrary")) {
+    return "This is your Music library. Deleting it removes your songs from the Music app.";
+  }
+  const bool insideHome = all.size() > homeParts.size() &&
+                          std::equal(homeParts.begin(), homeParts.end(), all.begin());
+  const std::span<const std::string> rest =
+      insideHome ? std::span<const std::string>(all).subspan(homeParts.size()) : std::span<const std::string>();
+  if (!rest.empty() && rest[0] == ".orbstack") {
+    return "OrbStack keeps its machines and containers here. Deleting it removes them.";
+  }
+  if (std::ranges::find(all, ".git") != all.end()) {
+    return "This is the project's change history. Your code stays, but past versions are lost.";
+  }
+  for (std::string_view shared : linuxPerAppFolders) {
+    const Parts sharedParts = components(shared);
+    if (rest.size() > sharedParts.size() && beginsWith(rest, sharedParts) &&
+        std::ranges::find(linuxDesktopFolders, rest[sharedParts.size()]) == linuxDesktopFolders.end()) {
+      const std::string folder = exactComponentAfterHome(path, home, sharedParts.size());
+      return appDataWarning(appNameFor(path, home, sharedParts.size(), folder, appName));
+    }
+  }
+  if (rest.empty() || rest[0] != "library") return std::nullopt;
+  if (rest.size() >= 2 && rest[1] == "mobile documents") {
+    return "This is in iCloud Drive. Deleting it also removes it from iCloud on your other devices.";
+  }
+  if (rest.size() > 2 && isOneOf(rest[1], perAppLibraryFolders)) {
+    const std::string folder = exactComponentAfterHome(path, home, 2);
+    return appDataWarning(appNameFor(path, home, 2, folder, appName));
+  }
   return std::nullopt;
 }
 

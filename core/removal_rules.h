@@ -36,8 +36,17 @@ inline constexpr std::array<std::string_view, 2> linuxTopLevelFolders = {"templa
 
 // Home-relative folders that as a whole hold every app's settings and data. An app's own folder
 // inside them may go.
-inline constexpr std::array<std::string_view, 6> linuxSharedAppFolders = {
-    ".config", ".local", ".local/share", ".local/state", ".var", ".var/app"};
+inline constexpr std::array<std::string_view, 7> linuxSharedAppFolders = {
+    ".config", ".local", ".local/share", ".local/state", ".var", ".var/app", "snap"};
+
+// Where each app keeps its own folder on Linux (home-relative), for the app-data caution.
+inline constexpr std::array<std::string_view, 5> linuxPerAppFolders = {
+    ".config", ".local/share", ".local/state", ".var/app", "snap"};
+
+// Folders in those places that belong to the desktop rather than to one app.
+inline constexpr std::array<std::string_view, 12> linuxDesktopFolders = {
+    "applications", "fonts", "icons", "mime", "themes", "sounds", "backgrounds", "autostart",
+    "systemd", "environment.d", "user-dirs.dirs", "mimeapps.list"};
 
 // Home-relative places that hold passwords, keys and tokens; they and everything inside them
 // are refused.
@@ -75,6 +84,17 @@ inline constexpr std::string_view linuxTrashFolder = ".local/share/trash";
                                                     bool isSymlink,
                                                     std::optional<std::string_view> resolvedPath,
                                                     const std::vector<std::string>& protectedExtras);
+
+// One warning for a path, or none: the Photos and Music libraries, OrbStack, a project's change
+// history, iCloud Drive, and an app's own data folder (in Library's per-app folders, or in the
+// Linux places where each app keeps a folder). `appName`, when given, names the app; otherwise
+// the folder catalog's entry or the folder's own name does.
+[[nodiscard]] std::optional<std::string> caution(std::string_view path, std::string_view home,
+                                                 std::optional<std::string_view> appName);
+
+// The name to show for an app known only by its data folder's name: "org.mozilla.firefox" gives
+// "Firefox", "google-chrome" gives "Google Chrome", "Slack" stays "Slack".
+[[nodiscard]] std::string appDisplayName(std::string_view folderName);
 
 // `protectedExtras` each split by `components`.
 [[nodiscard]] std::vector<std::vector<std::string>> splitExtras(

@@ -1,0 +1,75 @@
+#include "app/quick_clean.h"
+
+#include <unistd.h>
+
+#include <chrono>
+#include <ostream>
+
+#include "app/clean_plan_report.h"
+#include "app/history_recorder.h"
+#include "app/system_calendar.h"
+#include "core/data_folder.h"
+#include "probe/freedesktop_trash.h"
+#include "probe/live_removal_disk.h"
+#include "probe/process_reader.h"
+#include "probe/trasher.h"
+
+namespace pellwin {
+
+CleanerPlaces cleanerPlaces(const Environment& environment) {
+  return CleanerPlaces{.home = environment.home,
+                       .xdgCacheHome = environment.xdgCacheHome,
+                       .xdgConfigHome = environment.xdgConfigHome,
+                       .xdgDataHome = environment.xdgDataHome,
+                       .xdgStateHome = environment.xdgStateHome};
+}
+
+CleanerScanner cleanerScanner(const Environment& environment) {
+  return CleanerScanner(environment.home, LinuxCleanerCatalog::groups(cleanerPlaces(environment)));
+}
+
+RunningSet readRunningSet(const Environment& environment, double now) {
+  ProcessReader reader(environment.procRoot);
+  return RunningSet::from(reader.read(now));
+}
+
+std::vector<TrashResult> removeBatch(const Environment& environment, const CleanBatch& batch) {
+  const std::string dataHome = applicationSupport(environment);
+  LiveRemovalDisk disk(FreedesktopTrash(dataHome, ::getuid()));
+  const Trasher trasher(environment.home, DataFolder::protectedPaths(environment.home, dataHome),
+                        disk);
+  std::vector<TrashItem> items;
+  items.reserve(batch.items.size());
+  for (const CleanItem& item : batch.items) items.push_back({.path = item.path, .bytes = item.bytes});
+  return trasher.perform(items, batch.action);
+}
+
+CleanerModel::Services quickCleanServices(const Environment& environment, HistoryRecorder& recorder,
+                                          std::function<void(std::function<void()>)> post) {
+  return CleanerModel::Services{
+      .scan =
+          [environment] {
+            const double now = systemNow();
+            return cleanerScanner(environment).plan(readRunningSet(environment, now), now);
+          },
+      .remove = [environment](const CleanBatch& batch) { return removeBatch(environment, batch); },
+      .logClean =
+          [&recorder](std::string_view rules, std::uint64_t bytesDeleted,
+                      std::uint64_t bytesTrashed, int items) {
+            recorder.logClean(std::string(rules), bytesDeleted, bytesTrashed, items);
+          },
+      .post = std::move(post),
+      .changed = nullptr,
+  };
+}
+
+int runCleanPlan(const Environment& environment, std::ostream& out) {
+  const auto started = std::chrono::steady_clock::now();
+  const double now = systemNow();
+  const CleanPlan plan = cleanerScanner(environment).plan(readRunningSet(environment, now), now);
+  const std::chrono::duration<double> took = std::chrono::steady_clock::now() - started;
+  out << cleanPlanReport(plan, took.count());
+  return 0;
+}
+
+}  // namespace pellwin

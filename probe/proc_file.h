@@ -1,0 +1,38 @@
+// Whole-file reads of the kernel's small text files. /proc and /sys files report a size of 0,
+// so every read goes on to end of file. Safe from any thread; each call uses only its arguments.
+#pragma once
+
+#include <expected>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace pellwin {
+
+enum class ReadFailure {
+  gone,    // ENOENT or ESRCH: the file, or the process behind it, is not there
+  denied,  // EACCES or EPERM
+  other,   // anything else, such as EISDIR or EIO
+};
+
+// Reads the file at `relative` (below the directory `dirFd`) into `buffer`, which is reused from
+// call to call, and returns a view of the contents, valid until the buffer changes.
+[[nodiscard]] std::expected<std::string_view, ReadFailure> readFileAt(int dirFd,
+                                                                      const char* relative,
+                                                                      std::string& buffer);
+
+// Reads a whole file; absent when it cannot be opened or read.
+[[nodiscard]] std::optional<std::string> readTextFile(const std::filesystem::path& path);
+
+// The first line of a sysfs attribute without its line end ("Battery\n" gives "Battery").
+[[nodiscard]] std::optional<std::string> readAttribute(const std::filesystem::path& path);
+
+// The entries of a folder, sorted by name; empty when it cannot be listed. Never throws.
+[[nodiscard]] std::vector<std::filesystem::path> listFolder(const std::filesystem::path& folder);
+
+// The target of the symbolic link at `relative` below `dirFd`; absent when it cannot be read.
+[[nodiscard]] std::optional<std::string> readLinkAt(int dirFd, const char* relative);
+
+}  // namespace pellwin

@@ -1,0 +1,274 @@
+#include "probe/process_reader.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <memory>
+
+#include "probe/cpu_reader.h"
+#include "probe/file_descriptor.h"
+#include "probe/proc_file.h"
+#include "probe/text_number.h"
+
+namespace pellwin {
+
+namespace {
+
+struct DirectoryCloser {
+  void operator()(DIR* dir) const { ::closedir(dir); }
+};
+using Directory = std::unique_ptr<DIR, DirectoryCloser>;
+
+std::optional<std::int32_t> pidFromName(const char* name) {
+  const auto value = parseUnsigned(name);
+  if (!value || *value < 1 || *value > INT32_MAX) return std::nullopt;
+  return static_cast<std::int32_t>(*value);
+}
+
+// ticks × 10⁹ ÷ ticksPerSecond without overflowing on the way; 0 when the result cannot fit.
+std::uint64_t ticksToNanos(std::uint64_t ticks, std::uint64_t ticksPerSecond) {
+  constexpr std::uint64_t nanosPerSecond = 1'000'000'000;
+  const auto whole = checkedProduct(ticks / ticksPerSecond, nanosPerSecond);
+  const std::uint64_t part = (ticks % ticksPerSecond) * nanosPerSecond / ticksPerSecond;
+  const auto sum = whole ? checkedSum(*whole, part) : std::nullopt;
+  return sum.value_or(0);
+}
+
+std::uint64_t clockTicksPerSecond() {
+  const long ticks = ::sysconf(_SC_CLK_TCK);
+  return ticks > 0 ? static_cast<std::uint64_t>(ticks) : 100;
+}
+
+std::string lastComponent(const std::string& path) {
+  const auto slash = path.rfind('/');
+  return slash == std::string::npos ? path : path.substr(slash + 1);
+}
+
+// An executable replaced on disk while it runs (an upgrade) reads "/usr/bin/x (deleted)".
+std::string withoutDeletedMark(std::string path) {
+  constexpr std::string_view mark = " (deleted)";
+  if (path.ends_with(mark)) path.resize(path.size() - mark.size());
+  return path;
+}
+
+}  // namespace
+
+ProcessReader::ProcessReader(std::filesystem::path procRoot, std::uint64_t ticksPerSecond)
+    : procRoot_(std::move(procRoot)),
+      ticksPerSecond_(ticksPerSecond > 0 ? ticksPerSecond : clockTicksPerSecond()) {}
+
+const char* ProcessReader::pidPath(std::int32_t pid, const char* file) {
+  std::snprintf(pathBuffer_, sizeof pathBuffer_, "%d/%s", static_cast<int>(pid), file);
+  return pathBuffer_;
+}
+
+std::optional<double> ProcessReader::bootTime() {
+  if (!bootTime_) {
+    if (const auto text = readTextFile(procRoot_ / "stat")) bootTime_ = parseBootTime(*text);
+  }
+  return bootTime_;
+}
+
+std::vector<ProcessSample> ProcessReader::read(double /*now*/) {
+  ++round_;
+  std::vector<ProcessSample> samples;
+  const Directory dir(::opendir(procRoot_.c_str()));
+  if (dir) {
+    const int procFd = ::dirfd(dir.get());
+    listProcesses(dir.get());
+    samples.reserve(pids_.size());
+    for (const std::int32_t pid : pids_) {
+      const auto files = readFiles(procFd, pid);
+      if (!files) continue;
+      Tracked& tracked = trackedFor(procFd, pid, files->stat);
+      tracked.seenRound = round_;
+      tracked.parent = files->stat.parent;
+      updateCounters(procFd, pid, *files, tracked);
+
+      ProcessSample& sample = samples.emplace_back(tracked.facts);
+      const auto anonKB = checkedSum(files->status.rssAnonKB, files->status.vmSwapKB);
+      sample.footprintBytes = anonKB ? checkedProduct(*anonKB, 1024).value_or(0) : 0;
+      sample.cpuTimeNanos = ticksToNanos(tracked.cpuTicks, ticksPerSecond_);
+      sample.diskReadBytes = tracked.reportedRead;
+      sample.diskWriteBytes = tracked.reportedWrite;
+      sample.wakeups = tracked.reportedSwitches;
+    }
+  }
+  prune();
+  return samples;
+}
+
+void ProcessReader::listProcesses(DIR* dir) {
+  pids_.clear();
+  while (const dirent* entry = ::readdir(dir)) {
+    const auto pid = pidFromName(entry->d_name);
+    if (!pid) continue;
+    pids_.push_back(*pid);
+    if (const auto found = tracked_.find(*pid); found != tracked_.end()) {
+      found->second.listedRound = round_;
+    }
+  }
+  // Children that went away before this reading are credited before any parent is read, so
+  // the totals the kernel just added to a parent are taken off in this very reading.
+  for (auto& [pid, tracked] : tracked_) {
+    if (tracked.listedRound != round_) creditParent(tracked);
+  }
+}
+
+std::optional<ProcessReader::Files> ProcessReader::readFiles(int procFd, std::int32_t pid) {
+  const auto statText = readFileAt(procFd, pidPath(pid, "stat"), statBuffer_);
+  if (!statText) return std::nullopt;
+  auto stat = parseProcessStat(*statText);
+  if (!stat) return std::nullopt;
+  const auto statusText = readFileAt(procFd, pidPath(pid, "status"), statusBuffer_);
+  if (!statusText) return std::nullopt;
+  ProcessIO io;
+  if (const auto ioText = readFileAt(procFd, pidPath(pid, "io"), ioBuffer_)) {
+    io = parseProcessIO(*ioText);
+  } else if (ioText.error() == ReadFailure::gone &&
+             ::faccessat(procFd, pidPath(pid, "stat"), F_OK, 0) != 0) {
+    // Gone between stat and io. (A kernel without I/O accounting has no io file at all; its
+    // processes stay, with 0 bytes.)
+    return std::nullopt;
+  }
+  return Files{.stat = *stat, .status = parseProcessStatus(*statusText), .io = io};
+}
+
+ProcessReader::Tracked& ProcessReader::trackedFor(int procFd, std::int32_t pid,
+                                                  const ProcessStat& stat) {
+  const bool kernelThread = (stat.flags & kernelThreadFlag) != 0;
+  auto found = tracked_.find(pid);
+  if (found != tracked_.end() && found->second.startTicks == stat.startTicks) {
+    Tracked& tracked = found->second;
+    if (tracked.comm == stat.comm) return tracked;
+    // A new comm: either exec (a new program in the same process) or a rename through
+    // prctl, as kernel workers do with every job. Only a new executable is a new identity.
+    if (kernelThread) {
+      tracked.comm = stat.comm;
+      tracked.facts.name = tracked.comm;
+      return tracked;
+    }
+    auto executable = readLinkAt(procFd, pidPath(pid, "exe")).value_or("");
+    if (!executable.empty() && executable == tracked.executable) {
+      tracked.comm = stat.comm;
+      return tracked;
+    }
+    makeIdentity(procFd, pid, stat, std::move(executable), tracked);
+    return tracked;
+  }
+  if (found != tracked_.end()) {
+    // The pid now belongs to a new process: the old one went away like any other.
+    creditParent(found->second);
+    found->second = Tracked{.listedRound = round_};
+  }
+  Tracked& tracked = tracked_[pid];
+  std::string executable;
+  if (!kernelThread) executable = readLinkAt(procFd, pidPath(pid, "exe")).value_or("");
+  makeIdentity(procFd, pid, stat, std::move(executable), tracked);
+  return tracked;
+}
+
+void ProcessReader::makeIdentity(int procFd, std::int32_t pid, const ProcessStat& stat,
+                                 std::string executable, Tracked& tracked) {
+  tracked.startTicks = stat.startTicks;
+  tracked.comm = stat.comm;
+  tracked.executable = std::move(executable);
+
+  ProcessSample facts;
+  facts.pid = pid;
+  facts.kernelThread = (stat.flags & kernelThreadFlag) != 0;
+  facts.path = withoutDeletedMark(tracked.executable);
+  facts.name = facts.path.empty() ? tracked.comm : lastComponent(facts.path);
+  if (const auto boot = bootTime()) {
+    facts.startTime = *boot + static_cast<double>(stat.startTicks) /
+                                  static_cast<double>(ticksPerSecond_);
+  }
+  // Apps are known by their bundle, command-line programs by their command line.
+  if (!facts.kernelThread && facts.path.find(".app/") == std::string::npos) {
+    if (const auto text = readFileAt(procFd, pidPath(pid, "cmdline"), otherBuffer_)) {
+      facts.arguments = parseCommandLine(*text);
+    }
+    facts.workingDirectory = readLinkAt(procFd, pidPath(pid, "cwd"));
+    // A program run from a signing clone names the real app in its first argument.
+    if (facts.path.find("code_sign_clone") != std::string::npos && !facts.arguments.empty() &&
+        facts.arguments.front().find(".app/") != std::string::npos) {
+      facts.path = facts.arguments.front();
+    }
+  }
+  tracked.facts = std::move(facts);
+}
+
+std::uint64_t ProcessReader::threadSwitches(int procFd, std::int32_t pid) {
+  const FileDescriptor taskFd(
+      ::openat(procFd, pidPath(pid, "task"), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (!taskFd.valid()) return 0;
+  // fdopendir takes the descriptor over, so it gets a duplicate of its own.
+  const Directory tasks(::fdopendir(::dup(taskFd.get())));
+  if (!tasks) return 0;
+  std::uint64_t sum = 0;
+  char taskPath[300];
+  while (const dirent* entry = ::readdir(tasks.get())) {
+    if (!pidFromName(entry->d_name)) continue;
+    std::snprintf(taskPath, sizeof taskPath, "%s/status", entry->d_name);
+    if (const auto text = readFileAt(taskFd.get(), taskPath, otherBuffer_)) {
+      sum = checkedSum(sum, parseContextSwitches(*text)).value_or(sum);
+    }
+  }
+  return sum;
+}
+
+void ProcessReader::updateCounters(int procFd, std::int32_t pid, const Files& files,
+                                   Tracked& tracked) {
+  const std::uint64_t cpuTicks =
+      checkedSum(files.stat.userTicks, files.stat.systemTicks).value_or(tracked.cpuTicks);
+  // status counts the switches of the main thread only. The other threads' are summed only
+  // when the process used CPU since the last reading: an idle process cannot have woken up.
+  std::uint64_t switches = tracked.rawSwitches;
+  if (files.status.threads <= 1) {
+    switches = checkedSum(files.status.voluntarySwitches, files.status.involuntarySwitches)
+                   .value_or(0);
+  } else if (!tracked.counted || cpuTicks != tracked.cpuTicks) {
+    switches = threadSwitches(procFd, pid);
+  }
+  // Threads that end take their switches with them, so the sum may shrink; only growth counts.
+  if (!tracked.counted) {
+    tracked.reportedSwitches = switches;
+  } else if (switches > tracked.rawSwitches) {
+    tracked.reportedSwitches += switches - tracked.rawSwitches;
+  }
+  tracked.rawSwitches = switches;
+  tracked.cpuTicks = cpuTicks;
+
+  tracked.rawRead = files.io.readBytes;
+  tracked.rawWrite = files.io.writeBytes;
+  const std::uint64_t ownRead =
+      tracked.rawRead > tracked.reapedRead ? tracked.rawRead - tracked.reapedRead : 0;
+  const std::uint64_t ownWrite =
+      tracked.rawWrite > tracked.reapedWrite ? tracked.rawWrite - tracked.reapedWrite : 0;
+  // Cumulative counters never go back, even when a child's totals were taken off before the
+  // kernel added them (the child was reaped after its parent was read).
+  tracked.reportedRead = tracked.counted ? std::max(tracked.reportedRead, ownRead) : ownRead;
+  tracked.reportedWrite = tracked.counted ? std::max(tracked.reportedWrite, ownWrite) : ownWrite;
+  tracked.counted = true;
+}
+
+void ProcessReader::creditParent(Tracked& gone) {
+  if (gone.credited) return;
+  gone.credited = true;
+  const auto parent = tracked_.find(gone.parent);
+  if (parent == tracked_.end() || &parent->second == &gone) return;
+  Tracked& p = parent->second;
+  p.reapedRead = checkedSum(p.reapedRead, gone.rawRead).value_or(p.reapedRead);
+  p.reapedWrite = checkedSum(p.reapedWrite, gone.rawWrite).value_or(p.reapedWrite);
+}
+
+void ProcessReader::prune() {
+  for (auto& [pid, tracked] : tracked_) {
+    if (tracked.seenRound != round_) creditParent(tracked);
+  }
+  std::erase_if(tracked_, [&](const auto& entry) { return entry.second.seenRound != round_; });
+}
+
+}  // namespace pellwin

@@ -1,0 +1,49 @@
+// The only code that removes anything from the disk. Whatever the caller decided earlier, each
+// item is checked again on the live disk just before acting: lstat, realpath, the removal
+// rules on both spellings, the cleanable test for deleting for good, and a search inside
+// folders for anything protected. One result per item, in order; no error escapes.
+// Blocking: run it off the user-interface thread. Keeps no state between calls.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "core/clean_action.h"
+#include "core/trash_item.h"
+#include "probe/removal_disk.h"
+
+namespace pellwin {
+
+class Trasher {
+ public:
+  // `protectedExtras` are absolute paths never to be removed (at least the data folders).
+  // `disk` must outlive the trasher.
+  Trasher(std::string home, std::vector<std::string> protectedExtras, RemovalDisk& disk);
+
+  // Moves each item to the Trash.
+  [[nodiscard]] std::vector<TrashResult> trash(const std::vector<TrashItem>& items) const;
+
+  // The same with the action chosen by the caller; deleting for good is only allowed where
+  // the folder catalog marks the place cleanable.
+  [[nodiscard]] std::vector<TrashResult> perform(const std::vector<TrashItem>& items,
+                                                 CleanAction action) const;
+
+  [[nodiscard]] const std::string& home() const { return home_; }
+  [[nodiscard]] const std::string& resolvedHome() const { return resolvedHome_; }
+  [[nodiscard]] const std::vector<std::string>& protectedExtras() const { return protectedExtras_; }
+
+ private:
+  [[nodiscard]] TrashResult act(const TrashItem& item, CleanAction action) const;
+  [[nodiscard]] std::optional<std::string> hazardInside(const std::string& resolvedFolder,
+                                                        std::string& failure) const;
+  // A resolved path inside the resolved home, spelled from `home` so the rules recognise it.
+  [[nodiscard]] std::string homeSpelling(const std::string& resolved) const;
+
+  std::string home_;
+  std::string resolvedHome_;
+  std::vector<std::string> protectedExtras_;
+  std::vector<std::string> checkedExtras_;  // the extras and their resolved spellings
+  RemovalDisk& disk_;
+};
+
+}  // namespace pellwin
