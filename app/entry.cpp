@@ -4,6 +4,7 @@
 
 #include "app/history_recorder.h"
 #include "app/seed_history.h"
+#include "app/storage_check_command.h"
 #include "app/system_calendar.h"
 #include "core/data_folder.h"
 #include "probe/app_data_folder.h"
@@ -49,7 +50,8 @@ int runCommand(const Command& command, const Environment& environment, std::ostr
                std::ostream& err) {
   switch (command.kind) {
     case CommandKind::check: return notBuiltYet(err, "The --check mode");
-    case CommandKind::checkStorage: return notBuiltYet(err, "The --check-storage mode");
+    case CommandKind::checkStorage:
+      return runStorageCheck(command.arguments, environment, out, err);
     case CommandKind::seedHistory: return seedHistory(command, environment, out, err);
     case CommandKind::seedHistoryNoPath: err << "--seed-history needs a path\n"; return 2;
     case CommandKind::help: out << usageText(); return 0;

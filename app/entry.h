@@ -18,6 +18,7 @@ struct Environment {
   std::optional<std::string> xdgStateHome;   // $XDG_STATE_HOME, absent when unset
   std::string procRoot = "/proc";
   std::string sysRoot = "/sys";
+  bool errIsTerminal = false;  // standard error is a terminal: progress may be shown there
 };
 
 // The data folder's parent for this environment (the XDG data home).

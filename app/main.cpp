@@ -30,6 +30,8 @@ int main(int argc, char** argv) {
   if (const char* xdg = std::getenv("XDG_CONFIG_HOME"); xdg != nullptr) environment.xdgConfigHome = xdg;
   if (const char* xdg = std::getenv("XDG_STATE_HOME"); xdg != nullptr) environment.xdgStateHome = xdg;
 
+  environment.errIsTerminal = ::isatty(STDERR_FILENO) == 1;
+
   pellwin::migrateDataFolder(environment, std::cerr);
   const pellwin::Command command = pellwin::parseCommandLine(arguments);
   const int status = pellwin::runCommand(command, environment, std::cout, std::cerr);

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <set>
 
 namespace pellwin {
@@ -72,6 +73,14 @@ TEST(FolderCatalog, HomeInsideAnAbsoluteRowStillUsesHomeRows) {
   EXPECT_FALSE(FolderCatalog::isCleanable("/var/lib/svc/data", "/var/lib/svc"));
 }
 
+TEST(FolderCatalog, WhereHomeLiesDoesNotClassifyWhatIsInside) {
+  EXPECT_EQ(FolderCatalog::category("/var/home/ann/code", "/var/home/ann"),
+            StorageCategory::other);
+  EXPECT_EQ(FolderCatalog::category("/var/home/ann", "/var/home/ann"), StorageCategory::other);
+  EXPECT_EQ(FolderCatalog::category("/var/home/bob", "/var/home/ann"), StorageCategory::system);
+  EXPECT_EQ(FolderCatalog::explanation("/var/home/ann", "/var/home/ann"), std::nullopt);
+}
+
 TEST(FolderCatalog, ExplainsOnlyTheFolderItself) {
   EXPECT_EQ(FolderCatalog::explanation("/home/ann/.ssh", kHome),
             "Your keys for signing in to servers. Never remove these");
@@ -98,6 +107,10 @@ TEST(FolderCatalog, TableKeepsTheSeventyRowsAndHasNoDeadRows) {
   EXPECT_EQ(FolderCatalog::designEntries()[46].path, ".Trash");
   // Only bare-name rows match anywhere, and each path appears once per table, except where a
   // Linux row deliberately replaces a design row's wording.
+  // Lookups split paths only this deep below home.
+  for (const auto& entry : FolderCatalog::entries()) {
+    EXPECT_LE(std::count(entry.path.begin(), entry.path.end(), '/'), 7) << entry.path;
+  }
   std::set<std::string_view> linuxPaths;
   for (const auto& entry : FolderCatalog::linuxEntries()) {
     EXPECT_FALSE(entry.anywhere) << entry.path;
