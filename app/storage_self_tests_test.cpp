@@ -72,5 +72,18 @@ TEST(TrashSelfTest, SaysWhyWhenTheFolderCannotBeMoved) {
                                                                scratch.dataHome}));
 }
 
+TEST(FlowSelfTest, PassesAndLeavesTheHomeAndTheTrashAsTheyWere) {
+  testing::ScratchHome scratch;
+  scratch.scratch.write("home/notes/old.txt", "old");
+  ASSERT_EQ(scratch.run("trash-put notes/old.txt"), "");
+  const auto before = inventory(scratch.home);
+  std::ostringstream out;
+  EXPECT_EQ(runFlowSelfTest(scratch.home, scratch.dataHome, out), 0);
+  EXPECT_EQ(out.str(), "flow-test ok\n");
+  EXPECT_EQ(inventory(scratch.home), before);
+  const std::string listing = scratch.run("trash-list");
+  EXPECT_EQ(std::count(listing.begin(), listing.end(), '\n'), 1) << listing;
+}
+
 }  // namespace
 }  // namespace pellwin
