@@ -179,4 +179,15 @@ std::optional<std::string> SelfTestScratch::cleanUp() {
   return problem;
 }
 
+void writeScratchFile(const std::string& path, std::size_t bytes) {
+  fs::create_directories(fs::path(path).parent_path());
+  std::ofstream(path, std::ios::binary) << std::string(bytes, 't');
+}
+
+std::string describe(const TrashResult& result) {
+  std::string text(rawValue(result.outcome));
+  if (!result.reason.empty()) text += ": " + result.reason;
+  return text;
+}
+
 }  // namespace pellwin

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "core/trash_item.h"
 #include "probe/freedesktop_trash.h"
 
 namespace pellwin {
@@ -59,5 +60,11 @@ class SelfTestScratch {
   std::string outside_;
   bool cleaned_ = false;
 };
+
+// Writes `bytes` bytes of real data (no holes, so the blocks are allocated), making folders.
+void writeScratchFile(const std::string& path, std::size_t bytes);
+
+// "moved", or "refused: It's a shortcut to somewhere else".
+[[nodiscard]] std::string describe(const TrashResult& result);
 
 }  // namespace pellwin

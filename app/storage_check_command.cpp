@@ -168,8 +168,7 @@ int runStorageCheck(const std::vector<std::string>& arguments, const Environment
     case StorageCheckMode::trashTest:
       return runTrashSelfTest(environment.home, applicationSupport(environment), out);
     case StorageCheckMode::flowTest:
-      err << "The --flow-test mode isn't built yet in this version of Tovrin.\n";
-      return 1;
+      return runFlowSelfTest(environment.home, applicationSupport(environment), out);
     case StorageCheckMode::cleanPlan: return runCleanPlan(environment, out);
     case StorageCheckMode::help: out << storageCheckUsage(); return 0;
   }

@@ -18,17 +18,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-void write(const std::string& path, std::size_t bytes) {
-  fs::create_directories(fs::path(path).parent_path());
-  std::ofstream(path, std::ios::binary) << std::string(bytes, 't');
-}
-
-std::string describe(const TrashResult& result) {
-  std::string text(rawValue(result.outcome));
-  if (!result.reason.empty()) text += ": " + result.reason;
-  return text;
-}
-
 // The scratch folder's "sub" is in the Trash whole: its nested folder inside, its link still a link.
 bool folderIsInTrash(const SelfTestScratch& scratch, const std::string& original) {
   const auto entries = scratch.newEntries();
@@ -49,10 +38,10 @@ int check(SelfTestScratch& scratch, const std::string& home, const std::string& 
     return 1;
   }
   std::error_code error;
-  write(folder + "/file.bin", 4096);
-  write(folder + "/sub/deeper/inner.bin", 8192);
-  write(folder + "/kept.txt", 10);
-  write(*outside + "/outside.txt", 10);
+  writeScratchFile(folder + "/file.bin", 4096);
+  writeScratchFile(folder + "/sub/deeper/inner.bin", 8192);
+  writeScratchFile(folder + "/kept.txt", 10);
+  writeScratchFile(*outside + "/outside.txt", 10);
   fs::create_symlink("../file.bin", folder + "/sub/link", error);
 
   LiveRemovalDisk disk(FreedesktopTrash(dataHome, ::getuid()));

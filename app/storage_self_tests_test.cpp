@@ -72,5 +72,30 @@ TEST(TrashSelfTest, SaysWhyWhenTheFolderCannotBeMoved) {
                                                                scratch.dataHome}));
 }
 
+TEST(FlowSelfTest, PassesAndLeavesTheHomeAndTheTrashAsTheyWere) {
+  testing::ScratchHome scratch;
+  scratch.scratch.write("home/notes/old.txt", "old");
+  ASSERT_EQ(scratch.run("trash-put notes/old.txt"), "");
+  const auto before = inventory(scratch.home);
+  std::ostringstream out;
+  EXPECT_EQ(runFlowSelfTest(scratch.home, scratch.dataHome, out), 0);
+  EXPECT_EQ(out.str(), "flow-test ok\n");
+  EXPECT_EQ(inventory(scratch.home), before);
+  const std::string listing = scratch.run("trash-list");
+  EXPECT_EQ(std::count(listing.begin(), listing.end(), '\n'), 1) << listing;
+}
+
+// The program itself, as a user runs it, on a home where nothing exists yet: not even the
+// XDG data home, which the self-tests must not leave behind either.
+TEST(StorageSelfTests, TheProgramPassesBothAndLeavesAFreshHomeEmpty) {
+  testing::ScratchHome scratch;
+  const std::string tovrin = std::string(PELLWIN_BINARY_DIR) + "/app/tovrin";
+  EXPECT_EQ(scratch.run(tovrin + " --check-storage --trash-test; echo \"status $?\""),
+            "trash-test ok\nstatus 0\n");
+  EXPECT_EQ(scratch.run(tovrin + " --check-storage --flow-test; echo \"status $?\""),
+            "flow-test ok\nstatus 0\n");
+  EXPECT_TRUE(inventory(scratch.home).empty()) << inventory(scratch.home).front();
+}
+
 }  // namespace
 }  // namespace pellwin

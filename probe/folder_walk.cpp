@@ -8,7 +8,6 @@
 #include <cerrno>
 #include <cstring>
 #include <optional>
-#include <set>
 #include <utility>
 #include <vector>
 
@@ -271,31 +270,6 @@ std::expected<void, std::string> removeTree(int parentFd, const std::string& nam
   }
   if (removal.problem()) return std::unexpected(*removal.problem());
   return {};
-}
-
-std::uint64_t treeAllocatedBytes(int parentFd, const std::string& name) {
-  struct stat info {};
-  if (::fstatat(parentFd, name.c_str(), &info, AT_SYMLINK_NOFOLLOW) != 0) return 0;
-  const auto blocks = [](const struct stat& s) {
-    return s.st_blocks > 0 ? static_cast<std::uint64_t>(s.st_blocks) * 512 : 0;
-  };
-  std::uint64_t total = blocks(info);
-  if (!S_ISDIR(info.st_mode)) return total;
-  FileDescriptor root(::openat(parentFd, name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
-  if (!root.valid()) return total;
-  std::set<std::pair<dev_t, ino_t>> linked;
-  const FolderWalkVisitor visitor{
-      .entry = [&](int, const std::string&, const std::string&, const struct stat& entry) {
-        if (S_ISDIR(entry.st_mode) || entry.st_nlink < 2 || linked.emplace(entry.st_dev, entry.st_ino).second) {
-          total += blocks(entry);
-        }
-        return entry.st_dev == info.st_dev ? WalkStep::descend : WalkStep::skip;
-      },
-      .leave = nullptr,
-      .failed = nullptr,
-  };
-  (void)walkFolder(root.get(), visitor);
-  return total;
 }
 
 }  // namespace pellwin

@@ -72,10 +72,6 @@ struct FolderWalkVisitor {
 // the first problem comes back as a sentence. An entry that is already gone is a success.
 [[nodiscard]] std::expected<void, std::string> removeTree(int parentFd, const std::string& name);
 
-// Allocated bytes of the entry `name` of `parentFd` and everything below it on its volume,
-// each hard-linked file once: what `du -B1` reports.
-[[nodiscard]] std::uint64_t treeAllocatedBytes(int parentFd, const std::string& name);
-
 // The system's description of an errno value.
 [[nodiscard]] std::string describeError(int error);
 

@@ -11,6 +11,7 @@
 #include <optional>
 #include <utility>
 
+#include "probe/folder_size.h"
 #include "probe/folder_walk.h"
 #include "probe/trash_info.h"
 
@@ -150,7 +151,7 @@ void recordFolderSize(const OpenTrash& trash, const std::string& name) {
   if (::fstatat(trash.info.get(), infoName.c_str(), &info, 0) != 0) return;
   auto sizes = TrashInfo::parseDirectorySizes(readAll(trash.folder.get(), std::string(sizesFile).c_str()));
   std::erase_if(sizes, [&](const auto& entry) { return entry.name == name; });
-  sizes.push_back({.bytes = treeAllocatedBytes(trash.files.get(), name),
+  sizes.push_back({.bytes = FolderSize::allocatedBytes(trash.path + "/files/" + name),
                    .infoModified = static_cast<std::int64_t>(info.st_mtime), .name = name});
   rewriteSizes(trash.folder.get(), sizes);
 }
