@@ -27,7 +27,7 @@ constexpr std::size_t initialCapacity = 4096;
 }  // namespace
 
 std::expected<std::string_view, ReadFailure> readFileAt(int dirFd, const char* relative,
-                                                        std::string& buffer) {
+                                                        std::string& buffer, ReadExtent extent) {
   const FileDescriptor file(::openat(dirFd, relative, O_RDONLY | O_CLOEXEC | O_NOCTTY));
   if (!file.valid()) return std::unexpected(failureOf(errno));
   if (buffer.size() < initialCapacity) buffer.resize(initialCapacity);
@@ -40,7 +40,9 @@ std::expected<std::string_view, ReadFailure> readFileAt(int dirFd, const char* r
       return std::unexpected(failureOf(errno));
     }
     if (got == 0) break;
+    const bool filled = used + static_cast<std::size_t>(got) == buffer.size();
     used += static_cast<std::size_t>(got);
+    if (extent == ReadExtent::oneRecord && !filled) break;
   }
   return std::string_view(buffer.data(), used);
 }

@@ -17,11 +17,18 @@ enum class ReadFailure {
   other,   // anything else, such as EISDIR or EIO
 };
 
+// How far to read. Files that the kernel writes as one record (seq_file single_open: a
+// process's stat, status, io, cgroup) hand out their whole text in the first read that has
+// room for it, so a read that does not fill the buffer has all of it and the extra read that
+// would only confirm the end is saved. Files of many records (diskstats, mountinfo) may stop
+// short of the buffer between two records and must be read until a read gives nothing.
+enum class ReadExtent { untilEnd, oneRecord };
+
 // Reads the file at `relative` (below the directory `dirFd`) into `buffer`, which is reused from
 // call to call, and returns a view of the contents, valid until the buffer changes.
-[[nodiscard]] std::expected<std::string_view, ReadFailure> readFileAt(int dirFd,
-                                                                      const char* relative,
-                                                                      std::string& buffer);
+[[nodiscard]] std::expected<std::string_view, ReadFailure> readFileAt(
+    int dirFd, const char* relative, std::string& buffer,
+    ReadExtent extent = ReadExtent::untilEnd);
 
 // Reads a whole file; absent when it cannot be opened or read.
 [[nodiscard]] std::optional<std::string> readTextFile(const std::filesystem::path& path);

@@ -125,14 +125,14 @@ void ProcessReader::listProcesses(DIR* dir) {
 }
 
 std::optional<ProcessReader::Files> ProcessReader::readFiles(int procFd, std::int32_t pid) {
-  const auto statText = readFileAt(procFd, pidPath(pid, "stat"), statBuffer_);
+  const auto statText = readFileAt(procFd, pidPath(pid, "stat"), statBuffer_, ReadExtent::oneRecord);
   if (!statText) return std::nullopt;
   auto stat = parseProcessStat(*statText);
   if (!stat) return std::nullopt;
-  const auto statusText = readFileAt(procFd, pidPath(pid, "status"), statusBuffer_);
+  const auto statusText = readFileAt(procFd, pidPath(pid, "status"), statusBuffer_, ReadExtent::oneRecord);
   if (!statusText) return std::nullopt;
   ProcessIO io;
-  if (const auto ioText = readFileAt(procFd, pidPath(pid, "io"), ioBuffer_)) {
+  if (const auto ioText = readFileAt(procFd, pidPath(pid, "io"), ioBuffer_, ReadExtent::oneRecord)) {
     io = parseProcessIO(*ioText);
   } else if (ioText.error() == ReadFailure::gone &&
              ::faccessat(procFd, pidPath(pid, "stat"), F_OK, 0) != 0) {
@@ -288,7 +288,7 @@ std::uint64_t ProcessReader::threadSwitches(int procFd, std::int32_t pid) {
   while (const dirent* entry = ::readdir(tasks.get())) {
     if (!pidFromName(entry->d_name)) continue;
     std::snprintf(taskPath, sizeof taskPath, "%s/status", entry->d_name);
-    if (const auto text = readFileAt(taskFd.get(), taskPath, otherBuffer_)) {
+    if (const auto text = readFileAt(taskFd.get(), taskPath, otherBuffer_, ReadExtent::oneRecord)) {
       sum = checkedSum(sum, parseContextSwitches(*text)).value_or(sum);
     }
   }
