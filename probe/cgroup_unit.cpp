@@ -156,9 +156,9 @@ CgroupUnit parseUnitName(std::string_view component) {
   }
   if (!body.starts_with("app-")) return {};
   body.remove_prefix(4);
-  for (const std::string_view type : {"scope", "service", "slice"}) {
-    if (cutSuffix(body, "." + std::string(type))) return appUnit(body, type);
-  }
+  if (cutSuffix(body, ".scope")) return appUnit(body, "scope");
+  if (cutSuffix(body, ".service")) return appUnit(body, "service");
+  if (cutSuffix(body, ".slice")) return appUnit(body, "slice");
   return {};
 }
 

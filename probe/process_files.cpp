@@ -41,15 +41,37 @@ std::optional<ProcessStat> parseProcessStat(std::string_view text) {
   return stat;
 }
 
+namespace {
+
+// The value after "\nKey:" from `from` on, up to its line end; empty when the key is absent.
+std::string_view valueAfter(std::string_view text, std::string_view key, std::size_t& from) {
+  const auto at = text.find(key, from);
+  if (at == std::string_view::npos) return {};
+  const auto start = at + key.size();
+  const auto end = text.find('\n', start);
+  from = end == std::string_view::npos ? text.size() : end;
+  return trimSpaces(text.substr(start, end == std::string_view::npos ? end : end - start));
+}
+
+}  // namespace
+
 ProcessStatus parseProcessStatus(std::string_view text) {
+  // Read on every tick for every process: the few keys are sought in the order the kernel
+  // prints them (fs/proc/array.c) instead of splitting all fifty lines. A missing key reads
+  // as 0 and does not stop the search for the later ones.
   ProcessStatus status;
-  forEachKeyValue(text, ':', [&](std::string_view key, std::string_view value) {
-    if (key == "RssAnon") status.rssAnonKB = kilobytesOrZero(value);
-    else if (key == "VmSwap") status.vmSwapKB = kilobytesOrZero(value);
-    else if (key == "Threads") status.threads = parseUnsigned(value).value_or(0);
-    else if (key == "voluntary_ctxt_switches") status.voluntarySwitches = parseUnsigned(value).value_or(0);
-    else if (key == "nonvoluntary_ctxt_switches") status.involuntarySwitches = parseUnsigned(value).value_or(0);
-  });
+  std::size_t from = 0;
+  auto next = [&](std::string_view key) {
+    std::size_t probe = from;
+    const auto value = valueAfter(text, key, probe);
+    if (!value.empty()) from = probe;
+    return value;
+  };
+  status.rssAnonKB = kilobytesOrZero(next("\nRssAnon:"));
+  status.vmSwapKB = kilobytesOrZero(next("\nVmSwap:"));
+  status.threads = parseUnsigned(next("\nThreads:")).value_or(0);
+  status.voluntarySwitches = parseUnsigned(next("\nvoluntary_ctxt_switches:")).value_or(0);
+  status.involuntarySwitches = parseUnsigned(next("\nnonvoluntary_ctxt_switches:")).value_or(0);
   return status;
 }
 
@@ -57,7 +79,7 @@ std::uint64_t parseContextSwitches(std::string_view text) {
   // The two lines close the file; searching from the end skips fifty lines of other fields.
   const auto at = text.rfind("\nvoluntary_ctxt_switches:");
   if (at == std::string_view::npos) return 0;
-  const auto status = parseProcessStatus(text.substr(at + 1));
+  const auto status = parseProcessStatus(text.substr(at));
   return checkedSum(status.voluntarySwitches, status.involuntarySwitches).value_or(0);
 }
 

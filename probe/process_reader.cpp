@@ -4,6 +4,8 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <charconv>
+#include <cstring>
 #include <cstdio>
 #include <memory>
 
@@ -64,7 +66,12 @@ ProcessReader::ProcessReader(std::filesystem::path procRoot, std::uint64_t ticks
       apps_(apps) {}
 
 const char* ProcessReader::pidPath(std::int32_t pid, const char* file) {
-  std::snprintf(pathBuffer_, sizeof pathBuffer_, "%d/%s", static_cast<int>(pid), file);
+  char* const end = pathBuffer_ + sizeof pathBuffer_;
+  char* at = std::to_chars(pathBuffer_, end, pid).ptr;
+  *at++ = '/';
+  const std::size_t length = std::min<std::size_t>(std::strlen(file), static_cast<std::size_t>(end - at) - 1);
+  std::memcpy(at, file, length);
+  at[length] = '\0';
   return pathBuffer_;
 }
 
@@ -85,10 +92,10 @@ std::vector<ProcessSample> ProcessReader::read(double now) {
     const int procFd = ::dirfd(dir.get());
     listProcesses(dir.get());
     samples.reserve(pids_.size());
-    for (const std::int32_t pid : pids_) {
+    for (const auto& [pid, known] : pids_) {
       const auto files = readFiles(procFd, pid);
       if (!files) continue;
-      Tracked& tracked = trackedFor(procFd, pid, files->stat);
+      Tracked& tracked = trackedFor(procFd, pid, files->stat, known);
       tracked.seenRound = round_;
       tracked.parent = files->stat.parent;
       if (apps_ && !tracked.facts.kernelThread) recheckApp(procFd, pid, generation, tracked);
@@ -112,10 +119,12 @@ void ProcessReader::listProcesses(DIR* dir) {
   while (const dirent* entry = ::readdir(dir)) {
     const auto pid = pidFromName(entry->d_name);
     if (!pid) continue;
-    pids_.push_back(*pid);
+    Tracked* known = nullptr;
     if (const auto found = tracked_.find(*pid); found != tracked_.end()) {
-      found->second.listedRound = round_;
+      known = &found->second;
+      known->listedRound = round_;
     }
+    pids_.emplace_back(*pid, known);
   }
   // Children that went away before this reading are credited before any parent is read, so
   // the totals the kernel just added to a parent are taken off in this very reading.
@@ -144,11 +153,10 @@ std::optional<ProcessReader::Files> ProcessReader::readFiles(int procFd, std::in
 }
 
 ProcessReader::Tracked& ProcessReader::trackedFor(int procFd, std::int32_t pid,
-                                                  const ProcessStat& stat) {
+                                                  const ProcessStat& stat, Tracked* known) {
   const bool kernelThread = (stat.flags & kernelThreadFlag) != 0;
-  auto found = tracked_.find(pid);
-  if (found != tracked_.end() && found->second.startTicks == stat.startTicks) {
-    Tracked& tracked = found->second;
+  if (known && known->startTicks == stat.startTicks) {
+    Tracked& tracked = *known;
     if (tracked.comm == stat.comm) return tracked;
     // A new comm: either exec (a new program in the same process) or a rename through
     // prctl, as kernel workers do with every job. Only a new executable is a new identity.
@@ -165,10 +173,10 @@ ProcessReader::Tracked& ProcessReader::trackedFor(int procFd, std::int32_t pid,
     makeIdentity(procFd, pid, stat, std::move(executable), tracked);
     return tracked;
   }
-  if (found != tracked_.end()) {
+  if (known) {
     // The pid now belongs to a new process: the old one went away like any other.
-    creditParent(found->second);
-    found->second = Tracked{.listedRound = round_};
+    creditParent(*known);
+    *known = Tracked{.listedRound = round_};
   }
   Tracked& tracked = tracked_[pid];
   std::string executable;

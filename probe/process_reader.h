@@ -76,7 +76,9 @@ class ProcessReader {
 
   void listProcesses(DIR* dir);
   [[nodiscard]] std::optional<Files> readFiles(int procFd, std::int32_t pid);
-  [[nodiscard]] Tracked& trackedFor(int procFd, std::int32_t pid, const ProcessStat& stat);
+  // `known` is what the listing found under the pid, if anything.
+  [[nodiscard]] Tracked& trackedFor(int procFd, std::int32_t pid, const ProcessStat& stat,
+                                    Tracked* known);
   void makeIdentity(int procFd, std::int32_t pid, const ProcessStat& stat, std::string executable,
                     Tracked& tracked);
   void identifyApp(int procFd, std::int32_t pid, Tracked& tracked);
@@ -96,7 +98,9 @@ class ProcessReader {
   std::optional<double> bootTime_;
   std::unordered_map<std::int32_t, Tracked> tracked_;
   std::uint64_t round_ = 0;
-  std::vector<std::int32_t> pids_;  // this reading's listing, reused
+  // This reading's listing with what was known under each pid, reused. Elements of tracked_
+  // stay where they are until prune() erases them at the end of the reading.
+  std::vector<std::pair<std::int32_t, Tracked*>> pids_;
   // Reused for every process; each file has its own so a parsed view stays valid.
   std::string statBuffer_, statusBuffer_, ioBuffer_, otherBuffer_;
   char pathBuffer_[64] = {};  // "PID/file", relative to the proc root

@@ -1,0 +1,183 @@
+// One SystemReader::read() of this machine with about 500 extra processes alive, beside the
+// floor: listing the proc root and reading stat, status and io of every process, nothing else.
+// Also: top -b's CPU time per refresh over the same processes, and the reader's heap over 1,000
+// readings while processes come and go.
+#include <benchmark/benchmark.h>
+#include <dirent.h>
+#include <fcntl.h>
+#include <malloc.h>
+#include <signal.h>
+#include <spawn.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdio>
+#include <deque>
+#include <thread>
+#include <vector>
+
+#include "app/system_roots.h"
+#include "probe/system_reader.h"
+
+extern char** environ;
+
+namespace pellwin {
+namespace {
+
+constexpr int childCount = 500;
+
+// Idle children started by the benchmark and ended when it ends.
+class Children {
+ public:
+  Children() {
+    for (int i = 0; i < childCount; ++i) start();
+    // Past the age at which the reader still re-reads a young process's cgroup: what is
+    // measured is the steady state.
+    std::this_thread::sleep_for(std::chrono::duration<double>(ProcessReader::youngAge + 0.5));
+  }
+  ~Children() {
+    while (!pids_.empty()) endOldest();
+  }
+  Children(const Children&) = delete;
+  Children& operator=(const Children&) = delete;
+
+  void start() {
+    const pid_t pid = ::fork();
+    if (pid == 0) {
+      for (;;) ::pause();
+    }
+    if (pid > 0) pids_.push_back(pid);
+  }
+  void endOldest() {
+    ::kill(pids_.front(), SIGKILL);
+    ::waitpid(pids_.front(), nullptr, 0);
+    pids_.pop_front();
+  }
+
+ private:
+  std::deque<pid_t> pids_;
+};
+
+Children& children() {
+  static Children alive;
+  return alive;
+}
+
+SystemReader::Roots roots() { return systemReaderRoots(Environment{}); }
+
+int processCount() {
+  int count = 0;
+  DIR* dir = ::opendir(Environment{}.procRoot.c_str());
+  while (const dirent* entry = ::readdir(dir)) count += entry->d_name[0] >= '1' && entry->d_name[0] <= '9';
+  ::closedir(dir);
+  return count;
+}
+
+void BM_SystemReaderRead(benchmark::State& state) {
+  children();
+  SystemReader reader(roots());
+  benchmark::DoNotOptimize(reader.read());
+  std::size_t processes = 0;
+  for (auto _ : state) {
+    const SystemSample sample = reader.read();
+    processes = sample.processes.size();
+    benchmark::DoNotOptimize(sample);
+  }
+  state.counters["processes"] = static_cast<double>(processes);
+}
+BENCHMARK(BM_SystemReaderRead)->Unit(benchmark::kMillisecond);
+
+// The least any reader must do: list the processes, then open, read and close their stat,
+// status and io files once each.
+void BM_FloorStatStatusIO(benchmark::State& state) {
+  children();
+  char buffer[16384];
+  char path[300];
+  int processes = 0;
+  for (auto _ : state) {
+    processes = 0;
+    DIR* dir = ::opendir(Environment{}.procRoot.c_str());
+    const int procFd = ::dirfd(dir);
+    while (const dirent* entry = ::readdir(dir)) {
+      if (entry->d_name[0] < '1' || entry->d_name[0] > '9') continue;
+      ++processes;
+      for (const char* file : {"stat", "status", "io"}) {
+        std::snprintf(path, sizeof path, "%s/%s", entry->d_name, file);
+        const int fd = ::openat(procFd, path, O_RDONLY | O_CLOEXEC);
+        if (fd < 0) continue;
+        benchmark::DoNotOptimize(::read(fd, buffer, sizeof buffer));
+        ::close(fd);
+      }
+    }
+    ::closedir(dir);
+  }
+  state.counters["processes"] = processes;
+}
+BENCHMARK(BM_FloorStatStatusIO)->Unit(benchmark::kMillisecond);
+
+// CPU time (user + system) of one run of top in batch mode.
+double topCPUSeconds(int refreshes) {
+  const std::string count = std::to_string(refreshes);
+  const char* argv[] = {"top", "-b", "-d", "0.2", "-n", count.c_str(), nullptr};
+  posix_spawn_file_actions_t actions;
+  ::posix_spawn_file_actions_init(&actions);
+  ::posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
+  pid_t pid = 0;
+  const int failed =
+      ::posix_spawnp(&pid, "top", &actions, nullptr, const_cast<char**>(argv), environ);
+  ::posix_spawn_file_actions_destroy(&actions);
+  if (failed != 0) return -1;
+  int status = 0;
+  rusage usage{};
+  ::wait4(pid, &status, 0, &usage);
+  if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) return -1;
+  auto seconds = [](const timeval& t) { return static_cast<double>(t.tv_sec) + t.tv_usec / 1e6; };
+  return seconds(usage.ru_utime) + seconds(usage.ru_stime);
+}
+
+// top's CPU time per refresh: the difference between a long and a short run, so start-up and
+// the first pass (which reads every process's identity) cancel out.
+void BM_TopPerRefresh(benchmark::State& state) {
+  children();
+  constexpr int shortRun = 2, longRun = 12;
+  for (auto _ : state) {
+    const double shortCPU = topCPUSeconds(shortRun);
+    const double longCPU = topCPUSeconds(longRun);
+    if (shortCPU < 0 || longCPU < 0) {
+      state.SkipWithError("top -b could not run");
+      return;
+    }
+    state.SetIterationTime((longCPU - shortCPU) / (longRun - shortRun));
+  }
+  state.counters["processes"] = processCount();
+}
+BENCHMARK(BM_TopPerRefresh)->Unit(benchmark::kMillisecond)->UseManualTime()->Iterations(3);
+
+// 1,000 readings while one process ends and another starts before each: the heap in use after
+// the first 100 readings, and its growth over the next 500 and the 500 after those.
+void BM_HeapOver1000Readings(benchmark::State& state) {
+  Children& alive = children();
+  for (auto _ : state) {
+    SystemReader reader(roots());
+    auto churn = [&](int readings) {
+      for (int i = 0; i < readings; ++i) {
+        alive.endOldest();
+        alive.start();
+        benchmark::DoNotOptimize(reader.read());
+      }
+      return static_cast<double>(::mallinfo2().uordblks) / 1024;
+    };
+    const double warm = churn(100);
+    const double middle = churn(500);
+    const double end = churn(500);
+    state.counters["heap_KB"] = warm;
+    state.counters["growth_first_500_KB"] = middle - warm;
+    state.counters["growth_last_500_KB"] = end - middle;
+  }
+}
+BENCHMARK(BM_HeapOver1000Readings)->Unit(benchmark::kSecond)->Iterations(1);
+
+}  // namespace
+}  // namespace pellwin
