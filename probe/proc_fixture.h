@@ -19,7 +19,10 @@ struct FakeProcess {
   std::string comm = "worker";
   int parent = 1;
   long terminal = 0;
+  char state = 'S';
   std::uint64_t flags = 0x00400100;
+  std::uint64_t minorFaults = 120;
+  std::uint64_t majorFaults = 3;
   std::uint64_t userTicks = 0;
   std::uint64_t systemTicks = 0;
   std::uint64_t startTicks = 5000;
@@ -37,9 +40,11 @@ struct FakeProcess {
 };
 
 inline std::string statLine(const FakeProcess& p) {
-  return std::to_string(p.pid) + " (" + p.comm + ") S " + std::to_string(p.parent) + " " +
-         std::to_string(p.pid) + " " + std::to_string(p.pid) + " " + std::to_string(p.terminal) +
-         " -1 " + std::to_string(p.flags) + " 120 0 3 0 " + std::to_string(p.userTicks) + " " +
+  return std::to_string(p.pid) + " (" + p.comm + ") " + p.state + " " + std::to_string(p.parent) +
+         " " + std::to_string(p.pid) + " " + std::to_string(p.pid) + " " +
+         std::to_string(p.terminal) + " -1 " + std::to_string(p.flags) + " " +
+         std::to_string(p.minorFaults) + " 0 " + std::to_string(p.majorFaults) + " 0 " +
+         std::to_string(p.userTicks) + " " +
          std::to_string(p.systemTicks) + " 0 0 20 0 " + std::to_string(p.threads) + " 0 " +
          std::to_string(p.startTicks) + " 1000000 250 18446744073709551615 1 1 0 0 0 0 0 0 0 0 0 0 0 0 17 1 0 0 0 0 0\n";
 }

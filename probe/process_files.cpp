@@ -32,8 +32,11 @@ std::optional<ProcessStat> parseProcessStat(std::string_view text) {
       case 4: stat.parent = static_cast<std::int32_t>(parseSigned(word).value_or(0)); break;
       case 7: stat.terminal = parseSigned(word).value_or(0); break;
       case 9: stat.flags = parseUnsigned(word).value_or(0); break;
+      case 10: stat.minorFaults = parseUnsigned(word).value_or(0); break;
+      case 12: stat.majorFaults = parseUnsigned(word).value_or(0); break;
       case 14: stat.userTicks = parseUnsigned(word).value_or(0); break;
       case 15: stat.systemTicks = parseUnsigned(word).value_or(0); break;
+      case 20: stat.threads = parseUnsigned(word).value_or(0); break;
       case 22: stat.startTicks = parseUnsigned(word).value_or(0); break;
       default: break;
     }

@@ -20,8 +20,11 @@ struct ProcessStat {
   std::int32_t parent = 0;
   std::int64_t terminal = 0;      // tty_nr: 0 without a controlling terminal
   std::uint64_t flags = 0;
+  std::uint64_t minorFaults = 0;  // minflt
+  std::uint64_t majorFaults = 0;  // majflt
   std::uint64_t userTicks = 0;    // utime
   std::uint64_t systemTicks = 0;  // stime
+  std::uint64_t threads = 0;      // num_threads
   std::uint64_t startTicks = 0;   // starttime: clock ticks after boot
 };
 

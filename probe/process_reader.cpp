@@ -93,17 +93,23 @@ std::vector<ProcessSample> ProcessReader::read(double now) {
     listProcesses(dir.get());
     samples.reserve(pids_.size());
     for (const auto& [pid, known] : pids_) {
-      const auto files = readFiles(procFd, pid);
-      if (!files) continue;
-      Tracked& tracked = trackedFor(procFd, pid, files->stat, known);
+      const auto statText = readFileAt(procFd, pidPath(pid, "stat"), statBuffer_, ReadExtent::oneRecord);
+      if (!statText) continue;
+      const auto stat = parseProcessStat(*statText);
+      if (!stat) continue;
+      Tracked& tracked = trackedFor(procFd, pid, *stat, known);
+      std::optional<Usage> usage;
+      if (needsUsage(*stat, tracked)) {
+        usage = readUsage(procFd, pid);
+        if (!usage) continue;  // gone between stat and status
+      }
       tracked.seenRound = round_;
-      tracked.parent = files->stat.parent;
+      tracked.parent = stat->parent;
       if (apps_ && !tracked.facts.kernelThread) recheckApp(procFd, pid, generation, tracked);
-      updateCounters(procFd, pid, *files, tracked);
+      updateCounters(procFd, pid, *stat, usage, tracked);
 
       ProcessSample& sample = samples.emplace_back(tracked.facts);
-      const auto anonKB = checkedSum(files->status.rssAnonKB, files->status.vmSwapKB);
-      sample.footprintBytes = anonKB ? checkedProduct(*anonKB, 1024).value_or(0) : 0;
+      sample.footprintBytes = tracked.footprintBytes;
       sample.cpuTimeNanos = ticksToNanos(tracked.cpuTicks, ticksPerSecond_);
       sample.diskReadBytes = tracked.reportedRead;
       sample.diskWriteBytes = tracked.reportedWrite;
@@ -133,12 +139,22 @@ void ProcessReader::listProcesses(DIR* dir) {
   }
 }
 
-std::optional<ProcessReader::Files> ProcessReader::readFiles(int procFd, std::int32_t pid) {
-  const auto statText = readFileAt(procFd, pidPath(pid, "stat"), statBuffer_, ReadExtent::oneRecord);
-  if (!statText) return std::nullopt;
-  auto stat = parseProcessStat(*statText);
-  if (!stat) return std::nullopt;
-  const auto statusText = readFileAt(procFd, pidPath(pid, "status"), statusBuffer_, ReadExtent::oneRecord);
+bool ProcessReader::needsUsage(const ProcessStat& stat, const Tracked& tracked) const {
+  // Memory, disk bytes and context switches change only while a process runs (swapping a
+  // page out moves it from RssAnon to VmSwap, leaving the footprint as it was). A process
+  // whose CPU time, page faults and thread count stand still, and that is not running now,
+  // keeps its last figures; stat's CPU time moves in steps of one tick, so a process that
+  // runs only briefly is read again at least every `usageRefresh` seconds.
+  const auto cpuTicks = checkedSum(stat.userTicks, stat.systemTicks).value_or(0);
+  return !tracked.counted || stat.state == 'R' || cpuTicks != tracked.usageCPUTicks ||
+         stat.minorFaults != tracked.minorFaults || stat.majorFaults != tracked.majorFaults ||
+         stat.threads != tracked.threads || now_ < tracked.usageReadAt ||
+         now_ - tracked.usageReadAt >= usageRefresh;
+}
+
+std::optional<ProcessReader::Usage> ProcessReader::readUsage(int procFd, std::int32_t pid) {
+  const auto statusText =
+      readFileAt(procFd, pidPath(pid, "status"), statusBuffer_, ReadExtent::oneRecord);
   if (!statusText) return std::nullopt;
   ProcessIO io;
   if (const auto ioText = readFileAt(procFd, pidPath(pid, "io"), ioBuffer_, ReadExtent::oneRecord)) {
@@ -149,7 +165,7 @@ std::optional<ProcessReader::Files> ProcessReader::readFiles(int procFd, std::in
     // processes stay, with 0 bytes.)
     return std::nullopt;
   }
-  return Files{.stat = *stat, .status = parseProcessStatus(*statusText), .io = io};
+  return Usage{.status = parseProcessStatus(*statusText), .io = io};
 }
 
 ProcessReader::Tracked& ProcessReader::trackedFor(int procFd, std::int32_t pid,
@@ -303,17 +319,27 @@ std::uint64_t ProcessReader::threadSwitches(int procFd, std::int32_t pid) {
   return sum;
 }
 
-void ProcessReader::updateCounters(int procFd, std::int32_t pid, const Files& files,
-                                   Tracked& tracked) {
-  const std::uint64_t cpuTicks =
-      checkedSum(files.stat.userTicks, files.stat.systemTicks).value_or(tracked.cpuTicks);
+void ProcessReader::updateCounters(int procFd, std::int32_t pid, const ProcessStat& stat,
+                                   const std::optional<Usage>& usage, Tracked& tracked) {
+  tracked.cpuTicks = checkedSum(stat.userTicks, stat.systemTicks).value_or(tracked.cpuTicks);
+  if (!usage) return;
+  const bool ran = !tracked.counted || tracked.cpuTicks != tracked.usageCPUTicks;
+  tracked.usageReadAt = now_;
+  tracked.usageCPUTicks = tracked.cpuTicks;
+  tracked.minorFaults = stat.minorFaults;
+  tracked.majorFaults = stat.majorFaults;
+  tracked.threads = stat.threads;
+
+  const auto anonKB = checkedSum(usage->status.rssAnonKB, usage->status.vmSwapKB);
+  tracked.footprintBytes = anonKB ? checkedProduct(*anonKB, 1024).value_or(0) : 0;
+
   // status counts the switches of the main thread only. The other threads' are summed only
   // when the process used CPU since the last reading: an idle process cannot have woken up.
   std::uint64_t switches = tracked.rawSwitches;
-  if (files.status.threads <= 1) {
-    switches = checkedSum(files.status.voluntarySwitches, files.status.involuntarySwitches)
+  if (usage->status.threads <= 1) {
+    switches = checkedSum(usage->status.voluntarySwitches, usage->status.involuntarySwitches)
                    .value_or(0);
-  } else if (!tracked.counted || cpuTicks != tracked.cpuTicks) {
+  } else if (ran) {
     switches = threadSwitches(procFd, pid);
   }
   // Threads that end take their switches with them, so the sum may shrink; only growth counts.
@@ -323,10 +349,9 @@ void ProcessReader::updateCounters(int procFd, std::int32_t pid, const Files& fi
     tracked.reportedSwitches += switches - tracked.rawSwitches;
   }
   tracked.rawSwitches = switches;
-  tracked.cpuTicks = cpuTicks;
 
-  tracked.rawRead = files.io.readBytes;
-  tracked.rawWrite = files.io.writeBytes;
+  tracked.rawRead = usage->io.readBytes;
+  tracked.rawWrite = usage->io.writeBytes;
   const std::uint64_t ownRead =
       tracked.rawRead > tracked.reapedRead ? tracked.rawRead - tracked.reapedRead : 0;
   const std::uint64_t ownWrite =

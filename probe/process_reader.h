@@ -5,7 +5,8 @@
 //
 // Facts that do not change while a process runs (name, executable, command line, working
 // directory, start time, cgroup and app identity) are read once per process life, keyed by
-// pid and start time; each read() reads only stat, status and io of every process. Two
+// pid and start time. Each read() reads stat of every process, and status and io of those
+// that ran since their last reading or were last read `usageRefresh` seconds ago. Two
 // exceptions: the cgroup of a process younger than `youngAge` seconds is read again each time
 // (launchers move a new process into its app's scope just after starting it), and a process
 // without an app is asked about again when the app lookup learned something new.
@@ -42,6 +43,8 @@ class ProcessReader {
   [[nodiscard]] std::size_t trackedCount() const { return tracked_.size(); }
 
   static constexpr double youngAge = 10.0;
+  // status and io of a process that has not run since are read again after this long.
+  static constexpr double usageRefresh = 10.0;
 
  private:
   // What the reader keeps about one live process between readings.
@@ -62,20 +65,28 @@ class ProcessReader {
     std::uint64_t reapedRead = 0, reapedWrite = 0;
     std::uint64_t reportedRead = 0, reportedWrite = 0;
     // Wake-ups: the sum over all threads, refreshed only when the process used CPU.
-    std::uint64_t cpuTicks = 0;
     std::uint64_t rawSwitches = 0;
     std::uint64_t reportedSwitches = 0;
+    std::uint64_t cpuTicks = 0;  // from stat, every reading
+    std::uint64_t footprintBytes = 0;
+    // When status and io were last read, and what stat said then (see needsUsage).
+    double usageReadAt = 0;
+    std::uint64_t usageCPUTicks = 0;
+    std::uint64_t minorFaults = 0;
+    std::uint64_t majorFaults = 0;
+    std::uint64_t threads = 0;
     bool counted = false;  // the counters above hold a first reading
   };
 
-  struct Files {
-    ProcessStat stat{};
+  // status and io of one process.
+  struct Usage {
     ProcessStatus status{};
     ProcessIO io{};
   };
 
   void listProcesses(DIR* dir);
-  [[nodiscard]] std::optional<Files> readFiles(int procFd, std::int32_t pid);
+  [[nodiscard]] bool needsUsage(const ProcessStat& stat, const Tracked& tracked) const;
+  [[nodiscard]] std::optional<Usage> readUsage(int procFd, std::int32_t pid);
   // `known` is what the listing found under the pid, if anything.
   [[nodiscard]] Tracked& trackedFor(int procFd, std::int32_t pid, const ProcessStat& stat,
                                     Tracked* known);
@@ -84,7 +95,8 @@ class ProcessReader {
   void identifyApp(int procFd, std::int32_t pid, Tracked& tracked);
   void recheckApp(int procFd, std::int32_t pid, std::uint64_t generation, Tracked& tracked);
   [[nodiscard]] std::uint64_t threadSwitches(int procFd, std::int32_t pid);
-  void updateCounters(int procFd, std::int32_t pid, const Files& files, Tracked& tracked);
+  void updateCounters(int procFd, std::int32_t pid, const ProcessStat& stat,
+                      const std::optional<Usage>& usage, Tracked& tracked);
   // A process that went away: its parent's io now holds its totals (see Tracked).
   void creditParent(Tracked& gone);
   void prune();

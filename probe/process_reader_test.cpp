@@ -195,15 +195,78 @@ TEST(ProcessReader, CountsAReapedChildsDiskBytesOnlyOnce) {
 
   // The child ends; the kernel adds its totals to its parent's, which also did 100 bytes more.
   fs::remove_all(folder.root / "proc/11");
-  writeProcess(folder.root, {.pid = 10, .comm = "make", .readBytes = 1600, .writeBytes = 150});
+  writeProcess(folder.root, {.pid = 10, .comm = "make", .userTicks = 1, .readBytes = 1600,
+                             .writeBytes = 150});
   auto samples = reader.read(2);
   ASSERT_EQ(samples.size(), 1u);
   EXPECT_EQ(samples[0].diskReadBytes, 1100u);
   EXPECT_EQ(samples[0].diskWriteBytes, 100u);
 
   // Reported totals never go back, even if the parent's counters were read too early.
-  writeProcess(folder.root, {.pid = 10, .comm = "make", .readBytes = 1500, .writeBytes = 150});
+  writeProcess(folder.root, {.pid = 10, .comm = "make", .userTicks = 2, .readBytes = 1500,
+                             .writeBytes = 150});
   EXPECT_EQ(reader.read(4)[0].diskReadBytes, 1100u);
+}
+
+TEST(ProcessReader, ReadsMemoryDiskAndSwitchesAgainOnlyAfterTheProcessRan) {
+  ProcFolder folder;
+  FakeProcess p{.pid = 100, .userTicks = 10, .rssAnonKB = 100, .voluntary = 5, .readBytes = 10};
+  writeProcess(folder.root, p);
+  ProcessReader reader(folder.proc(), hz);
+  const double start = 1000;
+  EXPECT_EQ(reader.read(start)[0].footprintBytes, 100u * 1024);
+
+  // Figures that cannot change without running; the fixture changes them anyway to see when
+  // they are read.
+  p.rssAnonKB = 200;
+  p.voluntary = 6;
+  p.readBytes = 20;
+  writeProcess(folder.root, p);
+  auto sample = reader.read(start + 2)[0];
+  EXPECT_EQ(sample.footprintBytes, 100u * 1024);
+  EXPECT_EQ(sample.wakeups, 5u);
+  EXPECT_EQ(sample.diskReadBytes, 10u);
+
+  p.userTicks = 11;
+  writeProcess(folder.root, p);
+  sample = reader.read(start + 4)[0];
+  EXPECT_EQ(sample.footprintBytes, 200u * 1024);
+  EXPECT_EQ(sample.wakeups, 6u);
+  EXPECT_EQ(sample.diskReadBytes, 20u);
+  EXPECT_EQ(sample.cpuTimeNanos, 110'000'000u);  // stat itself is read every time
+
+  p.rssAnonKB = 300;
+  writeProcess(folder.root, p);
+  EXPECT_EQ(reader.read(start + 4 + ProcessReader::usageRefresh - 0.5)[0].footprintBytes,
+            200u * 1024);
+  EXPECT_EQ(reader.read(start + 4 + ProcessReader::usageRefresh)[0].footprintBytes, 300u * 1024);
+}
+
+TEST(ProcessReader, TakesAnySignOfRunningAsCauseToReadUsageAgain) {
+  const struct {
+    const char* why;
+    void (*change)(FakeProcess&);
+    bool readAgain;
+  } cases[] = {
+      {"nothing moved", [](FakeProcess&) {}, false},
+      {"CPU time", [](FakeProcess& p) { p.systemTicks += 1; }, true},
+      {"a minor page fault", [](FakeProcess& p) { p.minorFaults += 1; }, true},
+      {"a major page fault", [](FakeProcess& p) { p.majorFaults += 1; }, true},
+      {"a new thread", [](FakeProcess& p) { p.threads = 2; }, true},
+      {"running right now", [](FakeProcess& p) { p.state = 'R'; }, true},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.why);
+    ProcFolder folder;
+    FakeProcess p{.pid = 100, .rssAnonKB = 100};
+    writeProcess(folder.root, p);
+    ProcessReader reader(folder.proc(), hz);
+    ASSERT_EQ(reader.read(1000).size(), 1u);
+    p.rssAnonKB = 200;
+    c.change(p);
+    writeProcess(folder.root, p);
+    EXPECT_EQ(reader.read(1002)[0].footprintBytes, (c.readAgain ? 200u : 100u) * 1024);
+  }
 }
 
 TEST(ProcessReader, SumsWakeupsOverThreadsOnlyWhenTheProcessRan) {
