@@ -1,11 +1,15 @@
 #include "app/entry.h"
 
+#include <chrono>
 #include <ostream>
+#include <thread>
 
+#include "app/check_command.h"
 #include "app/history_recorder.h"
 #include "app/seed_history.h"
 #include "app/storage_check_command.h"
 #include "app/system_calendar.h"
+#include "app/system_roots.h"
 #include "core/data_folder.h"
 #include "probe/app_data_folder.h"
 
@@ -37,6 +41,15 @@ int notBuiltYet(std::ostream& err, std::string_view what) {
   return 1;
 }
 
+int check(const Environment& environment, std::ostream& out) {
+  SystemReader reader(systemReaderRoots(environment));
+  CheckCommand::run(
+      [&] { return reader.read(); },
+      [](double seconds) { std::this_thread::sleep_for(std::chrono::duration<double>(seconds)); },
+      out);
+  return 0;
+}
+
 int seedHistory(const Command& command, const Environment& environment, std::ostream& out,
                 std::ostream& err) {
   // The real file is the default one: "--history-db" never makes another file real.
@@ -49,14 +62,23 @@ int seedHistory(const Command& command, const Environment& environment, std::ost
 int runCommand(const Command& command, const Environment& environment, std::ostream& out,
                std::ostream& err) {
   switch (command.kind) {
-    case CommandKind::check: return notBuiltYet(err, "The --check mode");
+    case CommandKind::check:
+      return check(environment, out);
     case CommandKind::checkStorage:
       return runStorageCheck(command.arguments, environment, out, err);
-    case CommandKind::seedHistory: return seedHistory(command, environment, out, err);
-    case CommandKind::seedHistoryNoPath: err << "--seed-history needs a path\n"; return 2;
-    case CommandKind::help: out << usageText(); return 0;
-    case CommandKind::version: out << "tovrin " << PELLWIN_VERSION << "\n"; return 0;
-    case CommandKind::windowed: return notBuiltYet(err, "The tray app");
+    case CommandKind::seedHistory:
+      return seedHistory(command, environment, out, err);
+    case CommandKind::seedHistoryNoPath:
+      err << "--seed-history needs a path\n";
+      return 2;
+    case CommandKind::help:
+      out << usageText();
+      return 0;
+    case CommandKind::version:
+      out << "tovrin " << PELLWIN_VERSION << "\n";
+      return 0;
+    case CommandKind::windowed:
+      return notBuiltYet(err, "The tray app");
   }
   return 1;
 }

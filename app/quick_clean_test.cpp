@@ -1,11 +1,16 @@
 #include "app/quick_clean.h"
 
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
 #include <gtest/gtest.h>
 
 #include <cstdio>
 #include <filesystem>
 #include <map>
 #include <sstream>
+#include <thread>
 
 #include "app/history_recorder.h"
 #include "app/owner_loop.h"
@@ -126,6 +131,35 @@ TEST(QuickClean, ARunDeletesOrTrashesByGroupReportsProblemsAndLogsOneClean) {
       [&](std::expected<std::int64_t, HistoryFailure> count) { cleans = count.value_or(-1); });
   ASSERT_TRUE(loop.runUntil([&] { return cleans.has_value(); }));
   EXPECT_EQ(*cleans, 1);
+}
+
+}  // namespace
+}  // namespace pellwin
+
+namespace pellwin {
+namespace {
+
+// The live process list of this machine, read through the real reader: a tool run by an
+// interpreter shows up under the name its user typed.
+TEST(QuickClean, ARunningScriptIsSeenByItsOwnNameInTheLiveProcessList) {
+  testing::ScratchFolder scratch;
+  const auto script = scratch.write("bin/pip3", "sleep 30\n");
+  const pid_t child = ::fork();
+  ASSERT_GE(child, 0);
+  if (child == 0) {
+    ::execl("/bin/sh", "sh", script.c_str(), static_cast<char*>(nullptr));
+    ::_exit(127);
+  }
+  // The child shows the script only once it has exec'd: look again for a while.
+  RunningSet running;
+  for (int tries = 0; tries < 200 && !running.names.contains("pip3"); ++tries) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    running = readRunningSet(Environment{.procRoot = "/proc"}, 0);
+  }
+  ::kill(child, SIGTERM);
+  ::waitpid(child, nullptr, 0);
+  EXPECT_TRUE(running.names.contains("pip3"));
+  EXPECT_TRUE(running.names.contains("pellwin_app_tests"));
 }
 
 }  // namespace

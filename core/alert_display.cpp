@@ -43,9 +43,9 @@ std::vector<Group> groups(const std::vector<AlertRow>& rows, double now, const C
 std::string timeLabel(double time, const Calendar& calendar) {
   const LocalTime t = calendar.local(time);
   const int hour12 = t.hour % 12 == 0 ? 12 : t.hour % 12;
-  std::string minutes = std::to_string(t.minute);
-  if (minutes.size() < 2) minutes.insert(0, "0");
-  return std::to_string(hour12) + ":" + minutes + (t.hour < 12 ? " AM" : " PM");
+  std::string label = std::to_string(hour12);
+  label.append(t.minute < 10 ? ":0" : ":").append(std::to_string(t.minute));
+  return label.append(t.hour < 12 ? " AM" : " PM");
 }
 
 double lasted(const AlertRow& row, double now) {

@@ -1,6 +1,7 @@
 #include "core/app_grouper.h"
 
 #include <algorithm>
+#include <numeric>
 #include <unordered_map>
 
 #include "core/process_catalog.h"
@@ -10,22 +11,26 @@ namespace {
 
 enum class Kind { onItsOwn, systemPart, bundle, desktopApp, tool };
 
+// What a process is, and its key in parts, so that the key can be written into a reused
+// buffer instead of a new string for every process.
 struct Classified {
   Kind kind = Kind::tool;
-  std::string key{};
+  std::string_view keyPrefix{};  // "pid:", "proc:" or "app:"
+  std::string_view keyName{};    // after the prefix; for a process on its own, the pid
+  std::int32_t pid = 0;
   std::optional<CatalogMatch> part{};  // for systemPart
-  std::string_view bundlePath{};       // for bundle
   bool frameworkPython = false;
 };
 
 Classified onItsOwn(const ProcessSample& sample, bool frameworkPython) {
   return {.kind = Kind::onItsOwn,
-          .key = "pid:" + std::to_string(sample.pid),
+          .keyPrefix = "pid:",
+          .pid = sample.pid,
           .frameworkPython = frameworkPython};
 }
 
 Classified systemPart(CatalogMatch part) {
-  return {.kind = Kind::systemPart, .key = "proc:" + std::string(part.key), .part = part};
+  return {.kind = Kind::systemPart, .keyPrefix = "proc:", .keyName = part.key, .part = part};
 }
 
 Classified classify(const ProcessSample& sample) {
@@ -36,16 +41,25 @@ Classified classify(const ProcessSample& sample) {
         return systemPart({.key = sample.name, .entry = *entry});
       }
     }
-    return {.kind = Kind::bundle, .key = "app:" + std::string(*bundle), .bundlePath = *bundle};
+    return {.kind = Kind::bundle, .keyPrefix = "app:", .keyName = *bundle};
   }
   // An interpreter's script is shown with its own command line even inside a desktop app, and
   // a system part keeps its catalog name even when a desktop entry claims it.
   if (ProcessCatalog::isInterpreter(sample.name)) return onItsOwn(sample, false);
   if (auto part = ProcessCatalog::systemPart(sample)) return systemPart(*part);
   if (sample.app && !sample.app->id.empty()) {
-    return {.kind = Kind::desktopApp, .key = "app:" + sample.app->id};
+    return {.kind = Kind::desktopApp, .keyPrefix = "app:", .keyName = sample.app->id};
   }
-  return {.kind = Kind::tool, .key = "proc:" + sample.name};
+  return {.kind = Kind::tool, .keyPrefix = "proc:", .keyName = sample.name};
+}
+
+void writeKey(const Classified& c, std::string& key) {
+  key.assign(c.keyPrefix);
+  if (c.kind == Kind::onItsOwn) {
+    key += std::to_string(c.pid);
+  } else {
+    key += c.keyName;
+  }
 }
 
 std::string_view lastComponent(std::string_view path) {
@@ -59,9 +73,9 @@ std::string bundleName(std::string_view bundlePath) {
   return std::string(name);
 }
 
-AppUsage makeEntry(const Classified& c, const ProcessSample& sample,
+AppUsage makeEntry(const Classified& c, std::string key, const ProcessSample& sample,
                    const BundleIdentifierLookup& bundleIdentifier) {
-  AppUsage app{.id = c.key, .name = sample.name};
+  AppUsage app{.id = std::move(key), .name = sample.name};
   switch (c.kind) {
     case Kind::onItsOwn:
       app.detail = commandLine(sample);
@@ -75,9 +89,9 @@ AppUsage makeEntry(const Classified& c, const ProcessSample& sample,
       app.category = ProcessCatalog::category(app.name, sample.name, sample.path, false, true);
       break;
     case Kind::bundle:
-      app.name = bundleName(c.bundlePath);
-      app.bundlePath = std::string(c.bundlePath);
-      if (bundleIdentifier) app.bundleIdentifier = bundleIdentifier(c.bundlePath);
+      app.name = bundleName(c.keyName);
+      app.bundlePath = std::string(c.keyName);
+      if (bundleIdentifier) app.bundleIdentifier = bundleIdentifier(c.keyName);
       app.category = ProcessCatalog::category(app.name, sample.name, sample.path, false, false);
       break;
     case Kind::desktopApp: {
@@ -129,7 +143,11 @@ std::string cutToCharacters(std::string text, std::size_t limit, std::size_t kee
 
 }  // namespace
 
-std::string key(const ProcessSample& sample) { return classify(sample).key; }
+std::string key(const ProcessSample& sample) {
+  std::string key;
+  writeKey(classify(sample), key);
+  return key;
+}
 
 std::optional<std::string_view> outermostBundlePath(std::string_view path) {
   const auto at = path.find(".app/");
@@ -159,21 +177,34 @@ std::string commandLine(const ProcessSample& sample) {
 
 std::vector<AppUsage> group(std::span<const ProcessUsage> usages,
                             const BundleIdentifierLookup& bundleIdentifier) {
-  std::vector<AppUsage> apps{};
-  std::unordered_map<std::string, std::size_t> index{};
+  std::vector<AppUsage> apps;
+  // Never reallocated below, so the index's keys can point into the apps' own ids.
+  apps.reserve(usages.size());
+  std::unordered_map<std::string_view, std::size_t> index;
   index.reserve(usages.size());
+  std::string key;
   for (const ProcessUsage& usage : usages) {
-    Classified c = classify(*usage.sample);
-    auto [at, inserted] = index.try_emplace(c.key, apps.size());
-    if (inserted) apps.push_back(makeEntry(c, *usage.sample, bundleIdentifier));
+    const Classified c = classify(*usage.sample);
+    writeKey(c, key);
+    auto at = index.find(key);
+    if (at == index.end()) {
+      apps.push_back(makeEntry(c, key, *usage.sample, bundleIdentifier));
+      at = index.emplace(apps.back().id, apps.size() - 1).first;
+    }
     fold(apps[at->second], usage);
   }
-  // Busiest first is what a user looks for; memory orders the many idle apps.
-  std::ranges::stable_sort(apps, [](const AppUsage& a, const AppUsage& b) {
-    if (a.cpuCores != b.cpuCores) return a.cpuCores > b.cpuCores;
-    return a.footprintBytes > b.footprintBytes;
+  // Busiest first is what a user looks for; memory orders the many idle apps. Sorting
+  // positions and moving each app once is cheaper than moving apps around while sorting.
+  std::vector<std::size_t> order(apps.size());
+  std::iota(order.begin(), order.end(), std::size_t{0});
+  std::ranges::stable_sort(order, [&](std::size_t a, std::size_t b) {
+    if (apps[a].cpuCores != apps[b].cpuCores) return apps[a].cpuCores > apps[b].cpuCores;
+    return apps[a].footprintBytes > apps[b].footprintBytes;
   });
-  return apps;
+  std::vector<AppUsage> sorted;
+  sorted.reserve(apps.size());
+  for (std::size_t i : order) sorted.push_back(std::move(apps[i]));
+  return sorted;
 }
 
 }  // namespace pellwin::AppGrouper

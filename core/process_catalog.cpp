@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <unordered_map>
+#include <vector>
 
 namespace pellwin::ProcessCatalog {
 namespace {
@@ -397,16 +398,31 @@ std::string_view familyKey(std::string_view pattern) {
   return pattern;
 }
 
+// Rows that cover a family of names, by the first character of their pattern, so that a
+// name is compared only with the few patterns that could start it.
+const std::array<std::vector<const Row*>, 256>& familyRows() {
+  static const auto rows = [] {
+    std::array<std::vector<const Row*>, 256> byFirst;
+    for (const Row& row : kRows) {
+      if (row.match != Match::exact) {
+        byFirst[static_cast<unsigned char>(row.pattern.front())].push_back(&row);
+      }
+    }
+    return byFirst;
+  }();
+  return rows;
+}
+
 std::optional<CatalogMatch> matchName(std::string_view name, bool kernelThread) {
   if (name.empty()) return std::nullopt;
   const auto& exact = exactRows();
   if (auto it = exact.find(name); it != exact.end()) {
     return CatalogMatch{.key = it->first, .entry = it->second->entry};
   }
-  for (const Row& row : kRows) {
-    if (row.match == Match::exact || (row.match == Match::kernelPrefix && !kernelThread)) continue;
-    if (name.starts_with(row.pattern)) {
-      return CatalogMatch{.key = familyKey(row.pattern), .entry = row.entry};
+  for (const Row* row : familyRows()[static_cast<unsigned char>(name.front())]) {
+    if (row->match == Match::kernelPrefix && !kernelThread) continue;
+    if (name.starts_with(row->pattern)) {
+      return CatalogMatch{.key = familyKey(row->pattern), .entry = row->entry};
     }
   }
   return std::nullopt;
@@ -528,10 +544,10 @@ std::optional<CatalogMatch> match(const ProcessSample& sample) {
 }
 
 std::optional<CatalogMatch> systemPart(const ProcessSample& sample) {
-  auto found = match(sample);
-  if (!found) return std::nullopt;
-  if (sample.kernelThread || sample.path.empty() || isSystemLocation(sample.path)) return found;
-  return std::nullopt;
+  if (!sample.kernelThread && !sample.path.empty() && !isSystemLocation(sample.path)) {
+    return std::nullopt;
+  }
+  return match(sample);
 }
 
 bool isSystemLocation(std::string_view path) {
@@ -541,8 +557,10 @@ bool isSystemLocation(std::string_view path) {
 }
 
 bool isInterpreter(std::string_view processName) {
-  return std::ranges::find(kInterpreters, processName) != kInterpreters.end() ||
-         processName.starts_with("python3.");
+  if (processName.starts_with("python3.")) return true;
+  // Every name in the set is at most 7 characters: most process names are ruled out at once.
+  return processName.size() <= 7 &&
+         std::ranges::find(kInterpreters, processName) != kInterpreters.end();
 }
 
 bool isFrameworkPython(std::string_view path) {
@@ -551,10 +569,14 @@ bool isFrameworkPython(std::string_view path) {
 }
 
 std::optional<AppCategory> categoryOfName(std::string_view name) {
-  for (const NamedCategory& entry : kNamedCategories) {
-    if (entry.name == name) return entry.category;
-  }
-  return std::nullopt;
+  static const auto byName = [] {
+    std::unordered_map<std::string_view, AppCategory> index;
+    for (const NamedCategory& entry : kNamedCategories) index.emplace(entry.name, entry.category);
+    return index;
+  }();
+  const auto found = byName.find(name);
+  if (found == byName.end()) return std::nullopt;
+  return found->second;
 }
 
 std::optional<AppCategory> categoryOfDesktopEntry(std::span<const std::string> desktopCategories) {

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <functional>
 #include <limits>
-#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -85,17 +85,24 @@ DiskReading diskReading(const SystemSample& older, const SystemSample& newer, do
 // Rates need the same program in both readings: a pid whose executable changed was reused.
 std::vector<ProcessUsage> processUsages(const SystemSample& older, const SystemSample& newer,
                                         double interval) {
-  std::unordered_map<std::int32_t, const ProcessSample*> before;
+  // Sorted by pid, equal pids in listing order, so the first entry for a pid is found first.
+  // The kernel lists processes by pid, so the sort has little to do.
+  std::vector<const ProcessSample*> before;
   before.reserve(older.processes.size());
-  for (const ProcessSample& process : older.processes) before.try_emplace(process.pid, &process);
+  for (const ProcessSample& process : older.processes) before.push_back(&process);
+  std::ranges::stable_sort(before, std::less<>(), &ProcessSample::pid);
+  const auto previousOf = [&](std::int32_t pid) -> const ProcessSample* {
+    const auto it = std::ranges::lower_bound(before, pid, std::less<>(), &ProcessSample::pid);
+    return it != before.end() && (*it)->pid == pid ? *it : nullptr;
+  };
 
   std::vector<ProcessUsage> usages;
   usages.reserve(newer.processes.size());
   for (const ProcessSample& process : newer.processes) {
     ProcessUsage usage{.sample = &process};
-    const auto it = before.find(process.pid);
-    if (it != before.end() && it->second->path == process.path) {
-      const ProcessSample& old = *it->second;
+    const ProcessSample* found = previousOf(process.pid);
+    if (found != nullptr && found->path == process.path) {
+      const ProcessSample& old = *found;
       const double read = perSecond(increase(process.diskReadBytes, old.diskReadBytes), interval);
       const double write =
           perSecond(increase(process.diskWriteBytes, old.diskWriteBytes), interval);

@@ -1,7 +1,5 @@
 #include "probe/cleaner_scanner.h"
 
-#include <dirent.h>
-#include <fcntl.h>
 #include <fnmatch.h>
 #include <sys/stat.h>
 
@@ -13,6 +11,7 @@
 #include <utility>
 
 #include "core/ascii_case.h"
+#include "probe/directory_listing.h"
 #include "probe/freeable_size.h"
 
 namespace pellwin {
@@ -21,35 +20,15 @@ namespace {
 
 constexpr double secondsPerDay = 86400;
 
-struct Entry {
-  std::string name;
-  bool isDirectory = false;
-  bool isSymlink = false;
-  dev_t device = 0;
-  double modified = 0;
-};
-
 // The folder's entries sorted by name, links described as themselves; empty when it cannot be
 // listed.
-std::vector<Entry> list(const std::string& folder) {
-  std::vector<Entry> entries;
-  std::unique_ptr<DIR, int (*)(DIR*)> stream(::opendir(folder.c_str()), ::closedir);
-  if (!stream) return entries;
-  const int fd = ::dirfd(stream.get());
-  while (const dirent* entry = ::readdir(stream.get())) {
-    const std::string name = entry->d_name;
-    if (name == "." || name == "..") continue;
-    struct stat info {};
-    if (::fstatat(fd, name.c_str(), &info, AT_SYMLINK_NOFOLLOW) != 0) continue;
-    entries.push_back({.name = name,
-                       .isDirectory = S_ISDIR(info.st_mode),
-                       .isSymlink = S_ISLNK(info.st_mode),
-                       .device = info.st_dev,
-                       .modified = static_cast<double>(info.st_mtim.tv_sec) +
-                                   static_cast<double>(info.st_mtim.tv_nsec) / 1e9});
-  }
+std::vector<DirectoryEntry> list(const std::string& folder) {
+  DirectoryListing::Result result = DirectoryListing::list(folder);
+  auto* listed = std::get_if<DirectoryListing::Entries>(&result);
+  if (listed == nullptr) return {};
+  std::vector<DirectoryEntry> entries = std::move(listed->entries);
   std::sort(entries.begin(), entries.end(),
-            [](const Entry& a, const Entry& b) { return a.name < b.name; });
+            [](const DirectoryEntry& a, const DirectoryEntry& b) { return a.name < b.name; });
   return entries;
 }
 
@@ -147,7 +126,7 @@ class GroupScan {
         const std::string folder = place.relative.empty() ? home_ : absolute(place.relative);
         const auto self = lstatOf(folder);
         if (!self) continue;
-        for (const Entry& entry : list(folder)) {
+        for (const DirectoryEntry& entry : list(folder)) {
           if (!entry.isDirectory || entry.isSymlink || entry.device != self->st_dev ||
               !matches(part, entry.name)) {
             continue;
@@ -212,8 +191,9 @@ class GroupScan {
     const std::string folder = absolute(place.relative);
     const auto self = lstatOf(folder);
     if (!self || !S_ISDIR(self->st_mode) || !reachedDirectly(place.relative)) return;
-    for (const Entry& entry : list(folder)) {
-      if (entry.isSymlink || entry.device != self->st_dev) continue;  // links, mount points
+    for (const DirectoryEntry& entry : list(folder)) {
+      // Links, placeholders and mount points are never taken.
+      if (entry.isSymlink || entry.isDataless || entry.device != self->st_dev) continue;
       if (excluded(source, entry.name)) continue;
       std::optional<double> limit;
       if (source.olderThanDays) {

@@ -1,6 +1,5 @@
 #include "probe/freeable_size.h"
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -11,29 +10,12 @@
 #include <utility>
 #include <vector>
 
+#include "probe/directory_listing.h"
+#include "probe/file_descriptor.h"
+
 namespace pellwin {
 
 namespace {
-
-class Descriptor {
- public:
-  explicit Descriptor(int fd = -1) : fd_(fd) {}
-  ~Descriptor() {
-    if (fd_ >= 0) ::close(fd_);
-  }
-  Descriptor(Descriptor&& other) noexcept : fd_(std::exchange(other.fd_, -1)) {}
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-  Descriptor& operator=(Descriptor&& other) noexcept {
-    std::swap(fd_, other.fd_);
-    return *this;
-  }
-  [[nodiscard]] int get() const { return fd_; }
-  [[nodiscard]] bool valid() const { return fd_ >= 0; }
-
- private:
-  int fd_;
-};
 
 constexpr int folderFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
 
@@ -98,44 +80,37 @@ struct Frame {
 };
 
 // Counts every entry of the open folder and returns its sub-folders on the same volume.
-Frame readFolder(int fd, const struct stat& self, Tally& tally) {
+Frame readFolder(int fd, const struct stat& self, Tally& tally, std::vector<char>& buffer) {
   Frame frame{.device = self.st_dev, .inode = self.st_ino};
-  // fdopendir takes over the descriptor it is given, so it gets a copy.
-  DIR* stream = ::fdopendir(::fcntl(fd, F_DUPFD_CLOEXEC, 0));
-  if (stream == nullptr) return frame;
-  while (const dirent* entry = ::readdir(stream)) {
-    const std::string name = entry->d_name;
-    if (name == "." || name == "..") continue;
-    struct stat info {};
-    if (::fstatat(fd, name.c_str(), &info, AT_SYMLINK_NOFOLLOW) != 0) continue;
+  DirectoryListing::read(fd, buffer, [&](std::string_view name, const struct stat& info) {
     if (S_ISDIR(info.st_mode)) {
-      if (!tally.onVolume(info)) continue;  // a mount point: not ours to count
-      frame.folders.push_back(name);
+      if (!tally.onVolume(info)) return;  // a mount point: not ours to count
+      frame.folders.emplace_back(name);
     }
     tally.count(info);
-  }
-  ::closedir(stream);
+  });
   return frame;
 }
 
 // Walks depth first holding one descriptor at a time, so that neither depth nor the limit on
 // open files stops it; going back up re-opens ".." and checks it is the folder it came from.
-void walk(Descriptor fd, const struct stat& root, Tally& tally) {
+void walk(FileDescriptor fd, const struct stat& root, Tally& tally) {
+  std::vector<char> buffer;
   std::vector<Frame> frames;
-  frames.push_back(readFolder(fd.get(), root, tally));
+  frames.push_back(readFolder(fd.get(), root, tally, buffer));
   while (!frames.empty()) {
     Frame& top = frames.back();
     if (top.next < top.folders.size()) {
-      Descriptor child(::openat(fd.get(), top.folders[top.next++].c_str(), folderFlags));
+      FileDescriptor child(::openat(fd.get(), top.folders[top.next++].c_str(), folderFlags));
       struct stat info {};
       if (!child.valid() || ::fstat(child.get(), &info) != 0 || !tally.onVolume(info)) continue;
       fd = std::move(child);
-      frames.push_back(readFolder(fd.get(), info, tally));
+      frames.push_back(readFolder(fd.get(), info, tally, buffer));
       continue;
     }
     frames.pop_back();
     if (frames.empty()) break;
-    Descriptor parent(::openat(fd.get(), "..", folderFlags));
+    FileDescriptor parent(::openat(fd.get(), "..", folderFlags));
     struct stat info {};
     if (!parent.valid() || ::fstat(parent.get(), &info) != 0 ||
         info.st_dev != frames.back().device || info.st_ino != frames.back().inode) {
@@ -153,7 +128,7 @@ std::optional<FreeableSize> FreeableSize::measure(const std::string& path) {
   Tally tally(info.st_dev);
   tally.count(info);
   if (S_ISDIR(info.st_mode)) {
-    Descriptor fd(::open(path.c_str(), folderFlags));
+    FileDescriptor fd(::open(path.c_str(), folderFlags));
     struct stat opened {};
     // The folder must still be the one looked at, not a link swapped in since.
     if (fd.valid() && ::fstat(fd.get(), &opened) == 0 && opened.st_dev == info.st_dev &&

@@ -128,7 +128,7 @@ TEST(ScanCache, KeepsNamesThatAreNotUTF8ExactlyAndTheFileValid) {
 TEST(ScanCache, RoundTripsATreeDeeperThanAnyStack) {
   CachedScan scan = sampleScan();
   SizeNode* at = &scan.tree;
-  for (int i = 0; i < 30'000; ++i) {
+  for (int i = 0; i < 20'000; ++i) {
     at->children.push_back({.name = "d", .path = "/" + std::to_string(i), .isDirectory = true});
     at = &at->children.back();
   }

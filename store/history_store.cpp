@@ -134,8 +134,9 @@ SQLiteResult<void> writeDays(const SQLiteDatabase& db, const RollupOutput& outpu
 }
 
 SQLiteResult<void> writeMinutes(const SQLiteDatabase& db, const RollupOutput& output) {
-  return runForEach(db, insertAll("minutes", Schema::minuteColumns()), output.minutes,
-                    minuteValues);
+  // The statement text is generated once; it never changes while the program runs.
+  static const std::string sql = insertAll("minutes", Schema::minuteColumns());
+  return runForEach(db, sql, output.minutes, minuteValues);
 }
 
 SQLiteResult<void> writeMinuteApps(const SQLiteDatabase& db, const RollupOutput& output) {
@@ -155,8 +156,8 @@ SQLiteResult<void> writeMinuteApps(const SQLiteDatabase& db, const RollupOutput&
 }
 
 SQLiteResult<void> writeSamples(const SQLiteDatabase& db, const RollupOutput& output) {
-  return runForEach(db, insertAll("samples", Schema::sampleColumns()), output.samples,
-                    sampleValues);
+  static const std::string sql = insertAll("samples", Schema::sampleColumns());
+  return runForEach(db, sql, output.samples, sampleValues);
 }
 
 std::int64_t clampedBytes(std::uint64_t bytes) {
