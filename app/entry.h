@@ -18,6 +18,9 @@ struct Environment {
   std::optional<std::string> xdgStateHome;   // $XDG_STATE_HOME, absent when unset
   std::string procRoot = "/proc";
   std::string sysRoot = "/sys";
+  std::optional<std::string> xdgDataDirs;  // $XDG_DATA_DIRS, absent when unset
+  std::string searchPath;                  // $PATH
+  std::string messagesLocale;              // $LC_ALL, else $LC_MESSAGES, else $LANG
   bool errIsTerminal = false;  // standard error is a terminal: progress may be shown there
 };
 

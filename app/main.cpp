@@ -29,6 +29,15 @@ int main(int argc, char** argv) {
   if (const char* xdg = std::getenv("XDG_CACHE_HOME"); xdg != nullptr) environment.xdgCacheHome = xdg;
   if (const char* xdg = std::getenv("XDG_CONFIG_HOME"); xdg != nullptr) environment.xdgConfigHome = xdg;
   if (const char* xdg = std::getenv("XDG_STATE_HOME"); xdg != nullptr) environment.xdgStateHome = xdg;
+  if (const char* dirs = std::getenv("XDG_DATA_DIRS"); dirs != nullptr) environment.xdgDataDirs = dirs;
+  if (const char* path = std::getenv("PATH"); path != nullptr) environment.searchPath = path;
+  for (const char* name : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
+    const char* locale = std::getenv(name);
+    if (locale != nullptr && locale[0] != '\0') {
+      environment.messagesLocale = locale;
+      break;
+    }
+  }
 
   environment.errIsTerminal = ::isatty(STDERR_FILENO) == 1;
 

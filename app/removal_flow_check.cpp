@@ -39,8 +39,11 @@ std::string said(const std::optional<RemovalRefusal>& refusal) {
 class Flow {
  public:
   Flow(SelfTestScratch& scratch, std::string home, std::string dataHome)
-      : scratch_(scratch), home_(std::move(home)), dataHome_(std::move(dataHome)),
-        root_(scratch.folder()), scanner_(home_),
+      : scratch_(scratch),
+        home_(std::move(home)),
+        dataHome_(std::move(dataHome)),
+        root_(scratch.folder()),
+        scanner_(home_),
         disk_(FreedesktopTrash(dataHome_, ::getuid())) {
     extras_ = DataFolder::protectedPaths(home_, dataHome_);
     for (const char* kept : {"/keep", "/holder/vault"}) extras_.push_back(root_ + kept);
@@ -53,9 +56,11 @@ class Flow {
     before_ = std::move(first->tree);
     rootBlocks_ = ownBlocks(root_);
     nestedBlocks_ = ownBlocks(root_ + "/nested");
-    for (const char* name : {"/big", "/big/a.bin", "/extra.bin", "/single.bin", "/nested",
-                             "/nested/inner", "/gone.bin", "/keep", "/holder", "/holder/other.bin"}) {
-      if (before_.find(root_ + name) == nullptr) return std::string("the scan did not find ") + (name + 1);
+    for (const char* name :
+         {"/big", "/big/a.bin", "/extra.bin", "/single.bin", "/nested", "/nested/inner",
+          "/gone.bin", "/keep", "/holder", "/holder/other.bin"}) {
+      if (before_.find(root_ + name) == nullptr)
+        return std::string("the scan did not find ") + (name + 1);
     }
     if (auto problem = pick()) return problem;
     changeBehindTheList();
@@ -64,13 +69,20 @@ class Flow {
   }
 
  private:
-  const SizeNode& node(const SizeNode& tree, const char* name) const { return *tree.find(root_ + name); }
+  const SizeNode& node(const SizeNode& tree, const char* name) const {
+    return *tree.find(root_ + name);
+  }
 
   void lay() const {
     for (const auto& [name, bytes] : std::initializer_list<std::pair<const char*, std::size_t>>{
-             {"/big/a.bin", 2'000'000}, {"/big/b.bin", 1'500'000}, {"/extra.bin", 1'200'000},
-             {"/single.bin", 3'000'000}, {"/nested/inner/c.bin", 1'100'000}, {"/gone.bin", 1'100'000},
-             {"/keep/k.bin", 1'100'000}, {"/holder/vault/v.bin", 1'100'000},
+             {"/big/a.bin", 2'000'000},
+             {"/big/b.bin", 1'500'000},
+             {"/extra.bin", 1'200'000},
+             {"/single.bin", 3'000'000},
+             {"/nested/inner/c.bin", 1'100'000},
+             {"/gone.bin", 1'100'000},
+             {"/keep/k.bin", 1'100'000},
+             {"/holder/vault/v.bin", 1'100'000},
              {"/holder/other.bin", 1'100'000}}) {
       writeScratchFile(root_ + name, bytes);
     }
@@ -80,30 +92,44 @@ class Flow {
 
   // Picks in an order that exercises covering and replacing, and the two refusals.
   Problem pick() {
-    const struct { const char* name; std::optional<std::string> refusal; } picks[] = {
-        {"/nested/inner", std::nullopt}, {"/nested", std::nullopt},  // replaces nested/inner
-        {"/big", std::nullopt},          {"/big/a.bin", std::nullopt},  // already covered
-        {"/extra.bin", std::nullopt},    {"/single.bin", std::nullopt},
-        {"/gone.bin", std::nullopt},     {"/keep", "Tovrin needs it to run"},
+    const struct {
+      const char* name;
+      std::optional<std::string> refusal;
+    } picks[] = {
+        {"/nested/inner", std::nullopt},
+        {"/nested", std::nullopt},  // replaces nested/inner
+        {"/big", std::nullopt},
+        {"/big/a.bin", std::nullopt},  // already covered
+        {"/extra.bin", std::nullopt},
+        {"/single.bin", std::nullopt},
+        {"/gone.bin", std::nullopt},
+        {"/keep", "Tovrin needs it to run"},
         {"/holder", "It holds vault, which Tovrin keeps safe"},
     };
     for (const auto& p : picks) {
       const auto got = selection_.add(node(before_, p.name), home_, extras_);
-      const auto wanted = p.refusal ? std::optional(RemovalRefusal{.reason = *p.refusal}) : std::nullopt;
-      if (got != wanted) return "picking " + std::string(p.name + 1) + " gave " + said(got) + ", not " + said(wanted);
+      const auto wanted =
+          p.refusal ? std::optional(RemovalRefusal{.reason = *p.refusal}) : std::nullopt;
+      if (got != wanted)
+        return "picking " + std::string(p.name + 1) + " gave " + said(got) + ", not " +
+               said(wanted);
     }
     std::vector<std::string> picked;
     for (const SizeNode& item : selection_.items()) picked.push_back(item.path);
-    const std::vector<std::string> wanted = {root_ + "/nested", root_ + "/big", root_ + "/extra.bin",
-                                             root_ + "/single.bin", root_ + "/gone.bin"};
-    if (picked != wanted) return std::string("the delete list does not hold what was picked, once each");
+    const std::vector<std::string> wanted = {root_ + "/nested", root_ + "/big",
+                                             root_ + "/extra.bin", root_ + "/single.bin",
+                                             root_ + "/gone.bin"};
+    if (picked != wanted)
+      return std::string("the delete list does not hold what was picked, once each");
     std::uint64_t sum = 0;
     for (const char* name : {"/nested", "/big", "/extra.bin", "/single.bin", "/gone.bin"}) {
       sum += node(before_, name).bytes;
     }
-    if (selection_.totalBytes() != sum) return std::string("the delete list's total counts something twice");
+    if (selection_.totalBytes() != sum)
+      return std::string("the delete list's total counts something twice");
     for (const char* name : {"/nested/inner", "/holder/other.bin"}) {
-      if (auto refused = later_.add(node(before_, name), home_, extras_)) return "picking " + std::string(name + 1) + " gave " + said(refused);
+      if (auto refused = later_.add(node(before_, name), home_, extras_))
+        return "picking " + std::string(name + 1) + " gave " + said(refused);
     }
     return std::nullopt;
   }
@@ -121,22 +147,28 @@ class Flow {
 
   Problem remove() {
     std::vector<TrashItem> items;
-    for (const SizeNode& item : selection_.items()) items.push_back({.path = item.path, .bytes = item.bytes});
+    for (const SizeNode& item : selection_.items())
+      items.push_back({.path = item.path, .bytes = item.bytes});
     items.push_back({.path = root_ + "/link", .bytes = 0});
     const Trasher trasher(home_, extras_, disk_);
     const auto results = trasher.trash(items);
 
     const std::pair<Outcome, std::string> wanted[] = {
-        {Outcome::refused, "It holds " + lateTrash_ + ", which Tovrin keeps safe"}, {Outcome::moved, ""},
-        {Outcome::moved, ""}, {Outcome::refused, shortcut}, {Outcome::alreadyGone, ""},
+        {Outcome::refused, "It holds " + lateTrash_ + ", which Tovrin keeps safe"},
+        {Outcome::moved, ""},
+        {Outcome::moved, ""},
+        {Outcome::refused, shortcut},
+        {Outcome::alreadyGone, ""},
         {Outcome::refused, shortcut}};
     std::uint64_t freed = 0;
     for (std::size_t i = 0; i < results.size(); ++i) {
-      const TrashResult expected{.path = items[i].path, .bytes = items[i].bytes,
-                                 .outcome = wanted[i].first, .reason = wanted[i].second};
+      const TrashResult expected{.path = items[i].path,
+                                 .bytes = items[i].bytes,
+                                 .outcome = wanted[i].first,
+                                 .reason = wanted[i].second};
       if (results[i] != expected) {
-        return fs::path(items[i].path).filename().string() + " was " + describe(results[i]) + ", not " +
-               describe(expected);
+        return fs::path(items[i].path).filename().string() + " was " + describe(results[i]) +
+               ", not " + describe(expected);
       }
       if (results[i].freedSpace()) freed += results[i].bytes;
     }
@@ -145,12 +177,14 @@ class Flow {
     }
     for (const char* name : {"/big", "/extra.bin"}) {
       const auto entries = scratch_.newEntries();
-      const auto entry = std::ranges::find_if(entries, [&](const auto& e) { return e.originalPath == root_ + name; });
+      const auto entry = std::ranges::find_if(
+          entries, [&](const auto& e) { return e.originalPath == root_ + name; });
       if (entry == entries.end()) return std::string(name + 1) + " did not end up in the Trash";
-      const auto inTrash = FolderSize::allocatedBytes(entry->trashDirectory + "/files/" + entry->name);
+      const auto inTrash =
+          FolderSize::allocatedBytes(entry->trashDirectory + "/files/" + entry->name);
       if (inTrash != node(before_, name).bytes) {
-        return "the Trash holds " + std::to_string(inTrash) + " bytes of " + (name + 1) + ", the scan counted " +
-               std::to_string(node(before_, name).bytes);
+        return "the Trash holds " + std::to_string(inTrash) + " bytes of " + (name + 1) +
+               ", the scan counted " + std::to_string(node(before_, name).bytes);
       }
     }
     return std::nullopt;
@@ -161,16 +195,19 @@ class Flow {
     if (!second) return "the rescan failed: " + second.error().description();
     const SizeNode& after = second->tree;
     for (const char* name : {"/big", "/extra.bin", "/gone.bin"}) {
-      if (after.find(root_ + name) != nullptr) return std::string("the rescan still shows ") + (name + 1);
+      if (after.find(root_ + name) != nullptr)
+        return std::string("the rescan still shows ") + (name + 1);
     }
     for (const char* name : {"/keep", "/holder", "/nested/inner"}) {
-      if (after.find(root_ + name) == nullptr || node(after, name).bytes != node(before_, name).bytes) {
+      if (after.find(root_ + name) == nullptr ||
+          node(after, name).bytes != node(before_, name).bytes) {
         return std::string("the rescan changed the size of ") + (name + 1);
       }
     }
     // What went, less what the changes added: the new link, the new trash folder, and the
     // folders' own blocks as their entries changed.
-    const SizeNode expected = before_.removing({root_ + "/big", root_ + "/extra.bin", root_ + "/single.bin", root_ + "/gone.bin"});
+    const SizeNode expected = before_.removing(
+        {root_ + "/big", root_ + "/extra.bin", root_ + "/single.bin", root_ + "/gone.bin"});
     const std::uint64_t added = ownBlocks(root_ + "/single.bin") +
                                 FolderSize::allocatedBytes(root_ + "/nested/" + lateTrash_) +
                                 ownBlocks(root_) + ownBlocks(root_ + "/nested");
@@ -179,9 +216,11 @@ class Flow {
              std::to_string(expected.bytes + added - rootBlocks_ - nestedBlocks_);
     }
     selection_.reconcile(after, home_, extras_);
-    if (!selection_.isEmpty()) return "the delete list still holds " + selection_.items().front().name + " after the rescan";
+    if (!selection_.isEmpty())
+      return "the delete list still holds " + selection_.items().front().name + " after the rescan";
     later_.reconcile(after, home_, extras_);
-    if (later_.count() != 2 || later_.totalBytes() != node(after, "/nested/inner").bytes + node(after, "/holder/other.bin").bytes) {
+    if (later_.count() != 2 || later_.totalBytes() != node(after, "/nested/inner").bytes +
+                                                          node(after, "/holder/other.bin").bytes) {
       return std::string("reconciling dropped or mis-sized items that are still there");
     }
     return std::nullopt;

@@ -82,7 +82,8 @@ std::expected<SelfTestScratch, std::string> SelfTestScratch::create(const std::s
                                                                     const std::string& label) {
   std::string pattern = home + "/.tovrin-" + label + "-XXXXXX";
   if (::mkdtemp(pattern.data()) == nullptr) {
-    return std::unexpected("couldn't make a scratch folder in " + home + ": " + describeError(errno));
+    return std::unexpected("couldn't make a scratch folder in " + home + ": " +
+                           describeError(errno));
   }
   char* real = ::realpath(pattern.c_str(), nullptr);
   const std::string folder = real != nullptr ? real : pattern;
@@ -98,8 +99,10 @@ std::expected<SelfTestScratch, std::string> SelfTestScratch::create(const std::s
 
   std::vector<TrashState> states;
   for (const std::string& directory : directories) {
-    TrashState state{.directory = directory, .missingFolders = missingChain(directory),
-                     .sizes = readFile(directory + "/directorysizes"), .names = entryNames(directory)};
+    TrashState state{.directory = directory,
+                     .missingFolders = missingChain(directory),
+                     .sizes = readFile(directory + "/directorysizes"),
+                     .names = entryNames(directory)};
     for (const char* inside : {"/files", "/info"}) {
       for (const std::string& missing : missingChain(directory + inside)) {
         if (std::ranges::find(state.missingFolders, missing) == state.missingFolders.end()) {
@@ -113,9 +116,12 @@ std::expected<SelfTestScratch, std::string> SelfTestScratch::create(const std::s
 }
 
 SelfTestScratch::SelfTestScratch(SelfTestScratch&& other) noexcept
-    : home_(std::move(other.home_)), trash_(std::move(other.trash_)),
-      trashes_(std::move(other.trashes_)), folder_(std::move(other.folder_)),
-      outside_(std::move(other.outside_)), cleaned_(other.cleaned_) {
+    : home_(std::move(other.home_)),
+      trash_(std::move(other.trash_)),
+      trashes_(std::move(other.trashes_)),
+      folder_(std::move(other.folder_)),
+      outside_(std::move(other.outside_)),
+      cleaned_(other.cleaned_) {
   other.cleaned_ = true;
 }
 
@@ -124,8 +130,8 @@ SelfTestScratch::~SelfTestScratch() { cleanUp(); }
 std::expected<std::string, std::string> SelfTestScratch::outsideFolder() {
   if (!outside_.empty()) return outside_;
   std::error_code error;
-  std::vector<std::string> candidates = {fs::temp_directory_path(error).string(), "/tmp", "/var/tmp",
-                                         "/dev/shm"};
+  std::vector<std::string> candidates = {fs::temp_directory_path(error).string(), "/tmp",
+                                         "/var/tmp", "/dev/shm"};
   char* realHome = ::realpath(home_.c_str(), nullptr);
   const std::string resolvedHome = realHome != nullptr ? realHome : home_;
   std::free(realHome);
@@ -149,7 +155,8 @@ std::vector<FreedesktopTrash::Entry> SelfTestScratch::newEntries() const {
   for (const TrashState& state : trashes_) {
     for (auto& entry : FreedesktopTrash::entries(state.directory)) {
       const bool isNew = std::ranges::find(state.names, entry.name) == state.names.end();
-      if (isNew && (isWithin(entry.originalPath, folder_) || isWithin(entry.originalPath, outside_))) {
+      if (isNew &&
+          (isWithin(entry.originalPath, folder_) || isWithin(entry.originalPath, outside_))) {
         found.push_back(std::move(entry));
       }
     }

@@ -17,9 +17,8 @@ class SelfTestScratch {
  public:
   // Makes "<home>/.tovrin-<label>-XXXXXX" and notes the state of the home trash and of the
   // trash of home's volume. The error is a sentence.
-  [[nodiscard]] static std::expected<SelfTestScratch, std::string> create(const std::string& home,
-                                                                          const std::string& dataHome,
-                                                                          const std::string& label);
+  [[nodiscard]] static std::expected<SelfTestScratch, std::string> create(
+      const std::string& home, const std::string& dataHome, const std::string& label);
   // A moved-from scratch owns nothing and cleans nothing up.
   SelfTestScratch(SelfTestScratch&& other) noexcept;
   SelfTestScratch& operator=(SelfTestScratch&&) = delete;
@@ -50,7 +49,9 @@ class SelfTestScratch {
 
   SelfTestScratch(std::string home, FreedesktopTrash trash, std::vector<TrashState> trashes,
                   std::string folder)
-      : home_(std::move(home)), trash_(std::move(trash)), trashes_(std::move(trashes)),
+      : home_(std::move(home)),
+        trash_(std::move(trash)),
+        trashes_(std::move(trashes)),
         folder_(std::move(folder)) {}
 
   std::string home_;

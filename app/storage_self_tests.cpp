@@ -18,7 +18,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// The scratch folder's "sub" is in the Trash whole: its nested folder inside, its link still a link.
+// The scratch folder's "sub" is in the Trash whole: its nested folder inside, its link still a
+// link.
 bool folderIsInTrash(const SelfTestScratch& scratch, const std::string& original) {
   const auto entries = scratch.newEntries();
   return std::ranges::any_of(entries, [&](const auto& entry) {

@@ -1,13 +1,12 @@
 #include "app/storage_self_tests.h"
 
+#include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <filesystem>
 #include <sstream>
-
-#include <gtest/gtest.h>
 
 #include "probe/trash_test_support.h"
 
@@ -22,11 +21,12 @@ std::vector<std::string> inventory(const std::string& root) {
   std::vector<std::string> found;
   std::error_code error;
   if (!fs::exists(root, error)) return found;
-  for (auto it = fs::recursive_directory_iterator(root, error); it != fs::recursive_directory_iterator();
-       it.increment(error)) {
+  for (auto it = fs::recursive_directory_iterator(root, error);
+       it != fs::recursive_directory_iterator(); it.increment(error)) {
     const auto status = it->symlink_status(error);
-    found.push_back(it->path().string() +
-                    (fs::is_regular_file(status) ? " " + std::to_string(it->file_size(error)) : ""));
+    found.push_back(it->path().string() + (fs::is_regular_file(status)
+                                               ? " " + std::to_string(it->file_size(error))
+                                               : ""));
   }
   std::ranges::sort(found);
   return found;
@@ -68,8 +68,8 @@ TEST(TrashSelfTest, SaysWhyWhenTheFolderCannotBeMoved) {
   EXPECT_EQ(runTrashSelfTest(scratch.home, scratch.dataHome, out), 1);
   EXPECT_EQ(out.str(), "trash-test failed: the folder was not moved, failed: Permission denied\n");
   ::chmod(scratch.dataHome.c_str(), 0755);
-  EXPECT_EQ(inventory(scratch.home), (std::vector<std::string>{scratch.home + "/.local",
-                                                               scratch.dataHome}));
+  EXPECT_EQ(inventory(scratch.home),
+            (std::vector<std::string>{scratch.home + "/.local", scratch.dataHome}));
 }
 
 TEST(FlowSelfTest, PassesAndLeavesTheHomeAndTheTrashAsTheyWere) {

@@ -80,7 +80,8 @@ std::optional<RemovalRefusal> refusalInsideHome(const Parts& all, std::span<cons
       std::ranges::any_of(rest, isVolumeTrashName)) {
     return refuse("It's your Trash");
   }
-  if (rest.front() == ".ssh" || rest.front() == ".gnupg") return refuse("It holds your security keys");
+  if (rest.front() == ".ssh" || rest.front() == ".gnupg")
+    return refuse("It holds your security keys");
   // An empty extra matches everything: a caller's mistake then refuses all, never allows.
   for (const Parts& extra : extras) {
     if (beginsWith(all, extra)) return refuse("Tovrin needs it to run");
@@ -137,10 +138,11 @@ std::optional<RemovalRefusal> refusal(std::string_view path, std::string_view ho
   }
 
   const Parts all = components(path);
-  const std::span<const std::string> rest(all.begin() + static_cast<std::ptrdiff_t>(homeParts.size()),
-                                          all.end());
+  const std::span<const std::string> rest(
+      all.begin() + static_cast<std::ptrdiff_t>(homeParts.size()), all.end());
   if (rest.empty()) return refuse("It's your home folder");
-  if (rest.size() == 1 && (isOneOf(rest[0], topLevelFolders) || isOneOf(rest[0], linuxTopLevelFolders))) {
+  if (rest.size() == 1 &&
+      (isOneOf(rest[0], topLevelFolders) || isOneOf(rest[0], linuxTopLevelFolders))) {
     return refuse("It's one of your main folders");
   }
   return refusalInsideHome(all, rest, extras);
@@ -159,29 +161,33 @@ std::optional<RemovalRefusal> verdict(std::string_view path, std::string_view ho
 namespace {
 
 bool endsWith(const Parts& parts, std::string_view suffix) {
-  return std::ranges::any_of(parts, [&](const std::string& part) { return part.ends_with(suffix); });
+  return std::ranges::any_of(parts,
+                             [&](const std::string& part) { return part.ends_with(suffix); });
 }
 
 // Words that name a build of an app rather than the app, skipped in bundle-style names.
-constexpr std::array<std::string_view, 8> genericIdWords = {"app", "client", "desktop", "mac",
-                                                            "macos", "linux", "helper", "stable"};
+constexpr std::array<std::string_view, 8> genericIdWords = {"app",   "client", "desktop", "mac",
+                                                            "macos", "linux",  "helper",  "stable"};
 
 std::string capitalised(std::string word) {
-  if (!word.empty() && word.front() >= 'a' && word.front() <= 'z') word.front() = static_cast<char>(word.front() - 'a' + 'A');
+  if (!word.empty() && word.front() >= 'a' && word.front() <= 'z')
+    word.front() = static_cast<char>(word.front() - 'a' + 'A');
   return word;
 }
 
 // The app named by a catalog entry's sentence, such as "Chrome" in "Chrome's bookmarks, ...".
 std::optional<std::string> possessor(std::string_view explanation) {
   const std::size_t mark = explanation.find("'s ");
-  if (mark == std::string_view::npos || mark == 0 || explanation.substr(0, mark).find(',') != std::string_view::npos) {
+  if (mark == std::string_view::npos || mark == 0 ||
+      explanation.substr(0, mark).find(',') != std::string_view::npos) {
     return std::nullopt;
   }
   return std::string(explanation.substr(0, mark));
 }
 
 // The exact (not lower-cased) name of the app's folder: the component `index` after home.
-std::string exactComponentAfterHome(std::string_view path, std::string_view home, std::size_t index) {
+std::string exactComponentAfterHome(std::string_view path, std::string_view home,
+                                    std::size_t index) {
   const Parts exact = exactComponents(path);
   const std::size_t at = exactComponents(home).size() + index;
   return at < exact.size() ? exact[at] : std::string();
@@ -218,7 +224,8 @@ std::string appDisplayName(std::string_view folderName) {
       if (end > start) words.push_back(name.substr(start, end - start));
       start = end + 1;
     }
-    while (words.size() > 1 && std::ranges::find(genericIdWords, lowered(words.back())) != genericIdWords.end()) {
+    while (words.size() > 1 &&
+           std::ranges::find(genericIdWords, lowered(words.back())) != genericIdWords.end()) {
       words.pop_back();
     }
     return words.empty() ? std::string(folderName) : capitalised(words.back());
@@ -229,7 +236,8 @@ std::string appDisplayName(std::string_view folderName) {
   for (std::size_t start = 0; start <= name.size();) {
     std::size_t end = name.find_first_of("-_", start);
     if (end == std::string::npos) end = name.size();
-    if (end > start) shown += (shown.empty() ? "" : " ") + capitalised(name.substr(start, end - start));
+    if (end > start)
+      shown += (shown.empty() ? "" : " ") + capitalised(name.substr(start, end - start));
     start = end + 1;
   }
   return shown.empty() ? std::string(folderName) : shown;
@@ -245,10 +253,11 @@ std::optional<std::string> caution(std::string_view path, std::string_view home,
   if (endsWith(all, ".musiclibrary")) {
     return "This is your Music library. Deleting it removes your songs from the Music app.";
   }
-  const bool insideHome = all.size() > homeParts.size() &&
-                          std::equal(homeParts.begin(), homeParts.end(), all.begin());
+  const bool insideHome =
+      all.size() > homeParts.size() && std::equal(homeParts.begin(), homeParts.end(), all.begin());
   const std::span<const std::string> rest =
-      insideHome ? std::span<const std::string>(all).subspan(homeParts.size()) : std::span<const std::string>();
+      insideHome ? std::span<const std::string>(all).subspan(homeParts.size())
+                 : std::span<const std::string>();
   if (!rest.empty() && rest[0] == ".orbstack") {
     return "OrbStack keeps its machines and containers here. Deleting it removes them.";
   }
@@ -258,14 +267,16 @@ std::optional<std::string> caution(std::string_view path, std::string_view home,
   for (std::string_view shared : linuxPerAppFolders) {
     const Parts sharedParts = components(shared);
     if (rest.size() > sharedParts.size() && beginsWith(rest, sharedParts) &&
-        std::ranges::find(linuxDesktopFolders, rest[sharedParts.size()]) == linuxDesktopFolders.end()) {
+        std::ranges::find(linuxDesktopFolders, rest[sharedParts.size()]) ==
+            linuxDesktopFolders.end()) {
       const std::string folder = exactComponentAfterHome(path, home, sharedParts.size());
       return appDataWarning(appNameFor(path, home, sharedParts.size(), folder, appName));
     }
   }
   if (rest.empty() || rest[0] != "library") return std::nullopt;
   if (rest.size() >= 2 && rest[1] == "mobile documents") {
-    return "This is in iCloud Drive. Deleting it also removes it from iCloud on your other devices.";
+    return "This is in iCloud Drive. Deleting it also removes it from iCloud on your other "
+           "devices.";
   }
   if (rest.size() > 2 && isOneOf(rest[1], perAppLibraryFolders)) {
     const std::string folder = exactComponentAfterHome(path, home, 2);

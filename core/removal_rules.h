@@ -28,7 +28,7 @@ inline constexpr std::array<std::string_view, 6> sharedLibraryFolders = {
 inline constexpr std::array<std::string_view, 6> systemLibraryFolders = {
     "accounts", "identityservices", "daemon containers", "security", "biome", "trial"};
 inline constexpr std::array<std::string_view, 8> perAppLibraryFolders = {
-    "application support",    "containers",   "group containers", "preferences",
+    "application support",     "containers",   "group containers", "preferences",
     "saved application state", "httpstorages", "webkit",           "cookies"};
 
 // The XDG user folders at the top of home that the macOS list lacks.
@@ -45,8 +45,8 @@ inline constexpr std::array<std::string_view, 5> linuxPerAppFolders = {
 
 // Folders in those places that belong to the desktop rather than to one app.
 inline constexpr std::array<std::string_view, 12> linuxDesktopFolders = {
-    "applications", "fonts", "icons", "mime", "themes", "sounds", "backgrounds", "autostart",
-    "systemd", "environment.d", "user-dirs.dirs", "mimeapps.list"};
+    "applications", "fonts",     "icons",   "mime",          "themes",         "sounds",
+    "backgrounds",  "autostart", "systemd", "environment.d", "user-dirs.dirs", "mimeapps.list"};
 
 // Home-relative places that hold passwords, keys and tokens; they and everything inside them
 // are refused.
@@ -76,14 +76,14 @@ inline constexpr std::string_view linuxTrashFolder = ".local/share/trash";
 // names are case-sensitive, so "/HOME/ann" is not inside "/home/ann"); every protection below
 // that compares lower-case components, which only ever refuses more.
 [[nodiscard]] std::optional<RemovalRefusal> refusal(
-    std::string_view path, std::string_view home, const std::vector<std::vector<std::string>>& extras);
+    std::string_view path, std::string_view home,
+    const std::vector<std::vector<std::string>>& extras);
 
 // The entry point for a path as the user sees it: a symbolic link is refused whatever it points
 // to; otherwise the path and, when given and different, its resolved path are both tested.
-[[nodiscard]] std::optional<RemovalRefusal> verdict(std::string_view path, std::string_view home,
-                                                    bool isSymlink,
-                                                    std::optional<std::string_view> resolvedPath,
-                                                    const std::vector<std::string>& protectedExtras);
+[[nodiscard]] std::optional<RemovalRefusal> verdict(
+    std::string_view path, std::string_view home, bool isSymlink,
+    std::optional<std::string_view> resolvedPath, const std::vector<std::string>& protectedExtras);
 
 // One warning for a path, or none: the Photos and Music libraries, OrbStack, a project's change
 // history, iCloud Drive, and an app's own data folder (in Library's per-app folders, or in the

@@ -52,7 +52,8 @@ std::optional<RemovalRefusal> holds(const std::string& name) {
 
 std::uint64_t RemovalSelection::totalBytes() const {
   std::uint64_t total = 0;
-  for (const SizeNode& item : items_) total = checkedAdd(total, item.bytes, "the delete list's total");
+  for (const SizeNode& item : items_)
+    total = checkedAdd(total, item.bytes, "the delete list's total");
   return total;
 }
 
@@ -63,9 +64,11 @@ bool RemovalSelection::contains(std::string_view path) const {
 std::optional<RemovalRefusal> RemovalSelection::refusal(const SizeNode& node, std::string_view home,
                                                         const std::vector<std::string>& extras) {
   if (node.isLocked) {
-    return RemovalRefusal{.reason = "macOS keeps it private. Allow whole-disk scan to see and delete it"};
+    return RemovalRefusal{.reason =
+                              "macOS keeps it private. Allow whole-disk scan to see and delete it"};
   }
-  if (auto refused = RemovalRules::verdict(node.path, home, false, std::nullopt, extras)) return refused;
+  if (auto refused = RemovalRules::verdict(node.path, home, false, std::nullopt, extras))
+    return refused;
   if (!node.isDirectory) return std::nullopt;
 
   // The rules compare lower-case components, so the inside test does too.
@@ -121,7 +124,8 @@ std::vector<std::string> RemovalSelection::cautions(const SizeNode& node, std::s
     }
   };
   if (const auto label = ProjectAdvisor::label(node)) {
-    addOnce("Deleting this " + *label + " deletes its code too, not only the parts that can be rebuilt.");
+    addOnce("Deleting this " + *label +
+            " deletes its code too, not only the parts that can be rebuilt.");
   }
   addOnce(RemovalRules::caution(node.path, home, appName));
   if (!node.isDirectory) return warnings;

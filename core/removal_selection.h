@@ -29,9 +29,8 @@ class RemovalSelection {
 
   // Why the node may not be picked: locked, refused by the rules, or holding something the
   // rules refuse (a protected path below it, or a folder below it in the tree).
-  [[nodiscard]] static std::optional<RemovalRefusal> refusal(const SizeNode& node,
-                                                             std::string_view home,
-                                                             const std::vector<std::string>& extras);
+  [[nodiscard]] static std::optional<RemovalRefusal> refusal(
+      const SizeNode& node, std::string_view home, const std::vector<std::string>& extras);
 
   // Picks the node unless refused. A node already covered by a picked item changes nothing;
   // picked items inside the node are taken out, and the node goes to the end.
@@ -49,12 +48,14 @@ class RemovalSelection {
   // The warnings to show before deleting the node, each once, in order: the developer
   // project's, the node's own, those of the folders below it, and `privateInsideCaution` when
   // a folder below it is locked.
-  [[nodiscard]] static std::vector<std::string> cautions(const SizeNode& node, std::string_view home,
+  [[nodiscard]] static std::vector<std::string> cautions(const SizeNode& node,
+                                                         std::string_view home,
                                                          std::optional<std::string_view> appName);
 
   // After a rescan: keeps only the items that still exist in `tree` and still pass the rules,
   // each taking its new node (and so its new size). The order is kept.
-  void reconcile(const SizeNode& tree, std::string_view home, const std::vector<std::string>& extras);
+  void reconcile(const SizeNode& tree, std::string_view home,
+                 const std::vector<std::string>& extras);
 
   friend bool operator==(const RemovalSelection&, const RemovalSelection&) = default;
 

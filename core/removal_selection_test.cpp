@@ -17,8 +17,12 @@ SizeNode folder(const std::string& path, std::vector<SizeNode> children,
                 std::optional<std::vector<std::string>> markers = std::nullopt) {
   std::uint64_t bytes = 0;
   for (const SizeNode& child : children) bytes += child.bytes;
-  return {.name = path.substr(path.rfind('/') + 1), .path = path, .bytes = bytes, .isDirectory = true,
-          .children = std::move(children), .markers = std::move(markers)};
+  return {.name = path.substr(path.rfind('/') + 1),
+          .path = path,
+          .bytes = bytes,
+          .isDirectory = true,
+          .children = std::move(children),
+          .markers = std::move(markers)};
 }
 
 SizeNode locked(const std::string& path) {
@@ -27,7 +31,9 @@ SizeNode locked(const std::string& path) {
   return node;
 }
 
-std::vector<std::string> extras() { return DataFolder::protectedPaths(home, home + "/.local/share"); }
+std::vector<std::string> extras() {
+  return DataFolder::protectedPaths(home, home + "/.local/share");
+}
 
 std::vector<std::string> paths(const RemovalSelection& selection) {
   std::vector<std::string> out;
@@ -36,17 +42,21 @@ std::vector<std::string> paths(const RemovalSelection& selection) {
 }
 
 TEST(RemovalSelection, RefusesLockedNodesRuleBreakersAndFoldersHoldingThem) {
-  const struct { const char* why; SizeNode node; std::optional<std::string> reason; } cases[] = {
+  const struct {
+    const char* why;
+    SizeNode node;
+    std::optional<std::string> reason;
+  } cases[] = {
       {"locked", locked("/home/ann/secret"),
        "macOS keeps it private. Allow whole-disk scan to see and delete it"},
       {"a rule", folder("/home/ann/Pictures", {}), "It's one of your main folders"},
-      {"Library is a main folder",
-       folder("/home/ann/Library", {}), "It's one of your main folders"},
-      {"an app's folder, whatever its case",
-       folder("/home/ann/.LOCAL/share/x", {}), std::nullopt},
+      {"Library is a main folder", folder("/home/ann/Library", {}),
+       "It's one of your main folders"},
+      {"an app's folder, whatever its case", folder("/home/ann/.LOCAL/share/x", {}), std::nullopt},
       {".ssh is only protected at the top of home",
-       folder("/home/ann/backup", {folder("/home/ann/backup/stuff", {file("/home/ann/backup/stuff/f", 5)}),
-                                   folder("/home/ann/backup/.ssh", {})}),
+       folder("/home/ann/backup",
+              {folder("/home/ann/backup/stuff", {file("/home/ann/backup/stuff/f", 5)}),
+               folder("/home/ann/backup/.ssh", {})}),
        std::nullopt},
       {"holds the Linux trash",
        folder("/home/ann/old-home", {folder("/home/ann/old-home/.Trash-1000", {})}),
@@ -100,28 +110,33 @@ TEST(RemovalSelection, ReconcileKeepsWhatStillExistsAndPassesWithItsNewSize) {
   RemovalSelection selection;
   const SizeNode tree = folder(home, {folder("/home/ann/a", {file("/home/ann/a/x", 4'000'000)}),
                                       file("/home/ann/b", 2'000'000), folder("/home/ann/c", {})});
-  for (const SizeNode& child : tree.children) ASSERT_EQ(selection.add(child, home, extras()), std::nullopt);
+  for (const SizeNode& child : tree.children)
+    ASSERT_EQ(selection.add(child, home, extras()), std::nullopt);
 
   // After the rescan "a" grew, "b" is gone, and "c" now holds keys.
-  const SizeNode rescanned =
-      folder(home, {folder("/home/ann/a", {file("/home/ann/a/x", 4'000'000), file("/home/ann/a/y", 1'000'000)}),
-                    folder("/home/ann/c", {folder("/home/ann/c/.Trash", {})})});
+  const SizeNode rescanned = folder(
+      home,
+      {folder("/home/ann/a", {file("/home/ann/a/x", 4'000'000), file("/home/ann/a/y", 1'000'000)}),
+       folder("/home/ann/c", {folder("/home/ann/c/.Trash", {})})});
   selection.reconcile(rescanned, home, extras());
   EXPECT_EQ(paths(selection), (std::vector<std::string>{"/home/ann/a"}));
   EXPECT_EQ(selection.totalBytes(), 5'000'000u);
 }
 
 TEST(RemovalSelection, CautionsComeInOrderEachOnce) {
-  const SizeNode project = folder(
-      "/home/ann/code/site",
-      {folder("/home/ann/code/site/.git", {}), folder("/home/ann/code/site/sub", {folder("/home/ann/code/site/sub/.git", {})}),
-       locked("/home/ann/code/site/private")},
-      std::vector<std::string>{"package.json"});
-  EXPECT_EQ(RemovalSelection::cautions(project, home, std::nullopt),
-            (std::vector<std::string>{
-                "Deleting this JavaScript project deletes its code too, not only the parts that can be rebuilt.",
-                "This is the project's change history. Your code stays, but past versions are lost.",
-                std::string(RemovalSelection::privateInsideCaution)}));
+  const SizeNode project =
+      folder("/home/ann/code/site",
+             {folder("/home/ann/code/site/.git", {}),
+              folder("/home/ann/code/site/sub", {folder("/home/ann/code/site/sub/.git", {})}),
+              locked("/home/ann/code/site/private")},
+             std::vector<std::string>{"package.json"});
+  EXPECT_EQ(
+      RemovalSelection::cautions(project, home, std::nullopt),
+      (std::vector<std::string>{
+          "Deleting this JavaScript project deletes its code too, not only the parts that can be "
+          "rebuilt.",
+          "This is the project's change history. Your code stays, but past versions are lost.",
+          std::string(RemovalSelection::privateInsideCaution)}));
   EXPECT_TRUE(RemovalSelection::cautions(file("/home/ann/x.iso", 1), home, std::nullopt).empty());
 }
 
@@ -130,7 +145,12 @@ TEST(RemovalRules, CautionWarnsAboutLibrariesHistoryAndAnAppsOwnData) {
     return app + " keeps its data here. Deleting it resets " + app +
            ", so you may lose its settings, sign-ins or saved work. Quit " + app + " first.";
   };
-  const struct { const char* why; const char* path; std::optional<std::string_view> appName; std::optional<std::string> warning; } cases[] = {
+  const struct {
+    const char* why;
+    const char* path;
+    std::optional<std::string_view> appName;
+    std::optional<std::string> warning;
+  } cases[] = {
       {"Photos", "/home/ann/Pictures/Photos Library.photoslibrary/x", std::nullopt,
        "This is your Photos library. Deleting it removes your photos from the Photos app."},
       {"Music", "/home/ann/Music/Music Library.musiclibrary", std::nullopt,
@@ -141,16 +161,20 @@ TEST(RemovalRules, CautionWarnsAboutLibrariesHistoryAndAnAppsOwnData) {
        "This is the project's change history. Your code stays, but past versions are lost."},
       {"iCloud", "/home/ann/Library/Mobile Documents/com~apple~CloudDocs/a", std::nullopt,
        "This is in iCloud Drive. Deleting it also removes it from iCloud on your other devices."},
-      {"a Mac app by bundle id", "/home/ann/Library/Containers/com.example.Notes", std::nullopt, appData("Notes")},
+      {"a Mac app by bundle id", "/home/ann/Library/Containers/com.example.Notes", std::nullopt,
+       appData("Notes")},
       {"a Mac app the catalog names", "/home/ann/Library/Application Support/Google/Chrome/Default",
        std::nullopt, appData("Chrome")},
-      {"the caller names the app", "/home/ann/Library/Containers/com.example.app", "Example", appData("Example")},
-      {"a Linux app's settings", "/home/ann/.config/google-chrome", std::nullopt, appData("Chrome")},
-      {"a Linux app the catalog doesn't know", "/home/ann/.local/share/gnome-boxes/images", std::nullopt,
-       appData("Gnome Boxes")},
+      {"the caller names the app", "/home/ann/Library/Containers/com.example.app", "Example",
+       appData("Example")},
+      {"a Linux app's settings", "/home/ann/.config/google-chrome", std::nullopt,
+       appData("Chrome")},
+      {"a Linux app the catalog doesn't know", "/home/ann/.local/share/gnome-boxes/images",
+       std::nullopt, appData("Gnome Boxes")},
       {"a Flatpak app", "/home/ann/.var/app/org.mozilla.firefox", std::nullopt, appData("Firefox")},
       {"a snap", "/home/ann/snap/spotify", std::nullopt, appData("Spotify")},
-      {"the desktop's own folder", "/home/ann/.local/share/fonts/x.ttf", std::nullopt, std::nullopt},
+      {"the desktop's own folder", "/home/ann/.local/share/fonts/x.ttf", std::nullopt,
+       std::nullopt},
       {"plain files", "/home/ann/Documents/a.txt", std::nullopt, std::nullopt},
       {"outside home", "/etc/.config/x", std::nullopt, std::nullopt},
   };

@@ -5,11 +5,16 @@ namespace pellwin {
 std::string_view rawValue(TrashResult::Outcome outcome) {
   using Outcome = TrashResult::Outcome;
   switch (outcome) {
-    case Outcome::moved: return "moved";
-    case Outcome::refused: return "refused";
-    case Outcome::failed: return "failed";
-    case Outcome::deleted: return "deleted";
-    case Outcome::alreadyGone: return "alreadyGone";
+    case Outcome::moved:
+      return "moved";
+    case Outcome::refused:
+      return "refused";
+    case Outcome::failed:
+      return "failed";
+    case Outcome::deleted:
+      return "deleted";
+    case Outcome::alreadyGone:
+      return "alreadyGone";
   }
   return "";
 }

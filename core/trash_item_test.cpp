@@ -7,9 +7,15 @@ namespace {
 
 TEST(TrashOutcome, RawValuesRoundTripAndOnlyMovedAndDeletedFreeSpace) {
   using Outcome = TrashResult::Outcome;
-  const struct { Outcome outcome; const char* raw; bool freed; } cases[] = {
-      {Outcome::moved, "moved", true},          {Outcome::refused, "refused", false},
-      {Outcome::failed, "failed", false},       {Outcome::deleted, "deleted", true},
+  const struct {
+    Outcome outcome;
+    const char* raw;
+    bool freed;
+  } cases[] = {
+      {Outcome::moved, "moved", true},
+      {Outcome::refused, "refused", false},
+      {Outcome::failed, "failed", false},
+      {Outcome::deleted, "deleted", true},
       {Outcome::alreadyGone, "alreadyGone", false},
   };
   for (const auto& c : cases) {

@@ -102,7 +102,8 @@ std::expected<std::vector<std::string>, int> readNames(int folderFd) {
 
 // Offers each entry of the open folder to the visitor; folders it wants entered are queued. A
 // folder that cannot be read is an error value, for the caller to report.
-std::expected<WalkStep, int> listFolder(int folderFd, Frame& frame, const FolderWalkVisitor& visitor) {
+std::expected<WalkStep, int> listFolder(int folderFd, Frame& frame,
+                                        const FolderWalkVisitor& visitor) {
   auto names = readNames(folderFd);
   if (!names) return std::unexpected(names.error());
   for (const std::string& name : *names) {
@@ -129,8 +130,11 @@ std::expected<void, int> walkFolder(int rootFd, const FolderWalkVisitor& visitor
   if (!current.valid() || ::fstat(current.get(), &rootInfo) != 0) return std::unexpected(errno);
 
   std::vector<Frame> stack;
-  stack.push_back({.name = "", .relativePath = "", .device = rootInfo.st_dev,
-                   .inode = rootInfo.st_ino, .pending = {}});
+  stack.push_back({.name = "",
+                   .relativePath = "",
+                   .device = rootInfo.st_dev,
+                   .inode = rootInfo.st_ino,
+                   .pending = {}});
   const auto rootStep = listFolder(current.get(), stack.back(), visitor);
   if (!rootStep) return std::unexpected(rootStep.error());
   if (*rootStep == WalkStep::stop) return {};
@@ -141,8 +145,8 @@ std::expected<void, int> walkFolder(int rootFd, const FolderWalkVisitor& visitor
       Pending next = std::move(top.pending.back());
       top.pending.pop_back();
       const std::string path = childPath(top.relativePath, next.name);
-      FileDescriptor child(
-          ::openat(current.get(), next.name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+      FileDescriptor child(::openat(current.get(), next.name.c_str(),
+                                    O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
       struct stat opened {};
       if (!child.valid() || ::fstat(child.get(), &opened) != 0 ||
           !sameFile(opened, next.info.st_dev, next.info.st_ino)) {
@@ -151,8 +155,11 @@ std::expected<void, int> walkFolder(int rootFd, const FolderWalkVisitor& visitor
         if (reportFailure(visitor, path, error) == WalkStep::stop) return {};
         continue;
       }
-      stack.push_back({.name = next.name, .relativePath = path, .device = opened.st_dev,
-                       .inode = opened.st_ino, .pending = {}});
+      stack.push_back({.name = next.name,
+                       .relativePath = path,
+                       .device = opened.st_dev,
+                       .inode = opened.st_ino,
+                       .pending = {}});
       current = std::move(child);
       const auto step = listFolder(current.get(), stack.back(), visitor);
       if (!step && reportFailure(visitor, path, step.error()) == WalkStep::stop) return {};
@@ -165,9 +172,11 @@ std::expected<void, int> walkFolder(int rootFd, const FolderWalkVisitor& visitor
     FileDescriptor parent(::openat(current.get(), "..", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     struct stat parentInfo {};
     if (!parent.valid() || ::fstat(parent.get(), &parentInfo) != 0) return std::unexpected(errno);
-    if (!sameFile(parentInfo, stack.back().device, stack.back().inode)) return std::unexpected(ESTALE);
+    if (!sameFile(parentInfo, stack.back().device, stack.back().inode))
+      return std::unexpected(ESTALE);
     current = std::move(parent);
-    if (visitor.leave && visitor.leave(current.get(), done.name, done.relativePath) == WalkStep::stop) {
+    if (visitor.leave &&
+        visitor.leave(current.get(), done.name, done.relativePath) == WalkStep::stop) {
       return {};
     }
   }
@@ -216,7 +225,8 @@ class TreeRemoval {
     if (errno == EACCES || errno == EPERM) {
       struct stat folder {};
       if (::fstat(folderFd, &folder) == 0 && folder.st_uid == ::geteuid() &&
-          (folder.st_mode & S_IWUSR) == 0 && ::fchmod(folderFd, (folder.st_mode & 07777) | S_IRWXU) == 0 &&
+          (folder.st_mode & S_IWUSR) == 0 &&
+          ::fchmod(folderFd, (folder.st_mode & 07777) | S_IRWXU) == 0 &&
           ::unlinkat(folderFd, name.c_str(), flags) == 0) {
         return;
       }
@@ -250,22 +260,24 @@ std::expected<void, std::string> removeTree(int parentFd, const std::string& nam
     removal.unlinkIn(parentFd, name, 0, name);
   } else {
     TreeRemoval::openUp(parentFd, name, info);
-    FileDescriptor root(::openat(parentFd, name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    FileDescriptor root(
+        ::openat(parentFd, name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
     struct stat opened {};
-    if (!root.valid() || ::fstat(root.get(), &opened) != 0) return std::unexpected(describeError(errno));
+    if (!root.valid() || ::fstat(root.get(), &opened) != 0)
+      return std::unexpected(describeError(errno));
     if (opened.st_dev != info.st_dev || opened.st_ino != info.st_ino) {
       return std::unexpected(std::string("It changed while Tovrin was removing it"));
     }
     const FolderWalkVisitor visitor{
-        .entry = [&](int fd, const std::string& n, const std::string& p, const struct stat& i) {
-          return removal.entry(fd, n, name + "/" + p, i);
-        },
-        .leave = [&](int fd, const std::string& n, const std::string& p) {
-          return removal.leave(fd, n, name + "/" + p);
-        },
-        .failed = [&](const std::string& p, int error) { return removal.failed(name + "/" + p, error); },
+        .entry = [&](int fd, const std::string& n, const std::string& p,
+                     const struct stat& i) { return removal.entry(fd, n, name + "/" + p, i); },
+        .leave = [&](int fd, const std::string& n,
+                     const std::string& p) { return removal.leave(fd, n, name + "/" + p); },
+        .failed = [&](const std::string& p,
+                      int error) { return removal.failed(name + "/" + p, error); },
     };
-    if (auto walked = walkFolder(root.get(), visitor); !walked) removal.failed(name, walked.error());
+    if (auto walked = walkFolder(root.get(), visitor); !walked)
+      removal.failed(name, walked.error());
     removal.unlinkIn(parentFd, name, AT_REMOVEDIR, name);
   }
   if (removal.problem()) return std::unexpected(*removal.problem());

@@ -40,8 +40,8 @@ class FileDescriptor {
 // in it fails the open (ELOOP or ENOTDIR). Every folder on the way is opened with O_PATH, which
 // needs no read permission; the last one with `lastFlags` (O_PATH or O_RDONLY; O_DIRECTORY,
 // O_NOFOLLOW and O_CLOEXEC are added). The error is an errno value.
-[[nodiscard]] std::expected<FileDescriptor, int> openFolderWithoutLinks(std::string_view absolutePath,
-                                                                        int lastFlags);
+[[nodiscard]] std::expected<FileDescriptor, int> openFolderWithoutLinks(
+    std::string_view absolutePath, int lastFlags);
 
 enum class WalkStep { skip, descend, stop };
 

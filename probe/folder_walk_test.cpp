@@ -1,12 +1,11 @@
 #include "probe/folder_walk.h"
 
 #include <fcntl.h>
+#include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <filesystem>
-
-#include <gtest/gtest.h>
 
 #include "probe/trash_test_support.h"
 

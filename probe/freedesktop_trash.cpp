@@ -60,8 +60,11 @@ std::expected<OpenTrash, int> openTrashAt(int parentFd, const char* name, std::s
   if (!files) return std::unexpected(files.error());
   auto info = trashFolder(folder->get(), "info", owner);
   if (!info) return std::unexpected(info.error());
-  return OpenTrash{.path = std::move(path), .topdir = std::move(topdir), .folder = std::move(*folder),
-                   .files = std::move(*files), .info = std::move(*info)};
+  return OpenTrash{.path = std::move(path),
+                   .topdir = std::move(topdir),
+                   .folder = std::move(*folder),
+                   .files = std::move(*files),
+                   .info = std::move(*info)};
 }
 
 // mkdir -p with 0700 for the folders it makes, following links on the way as the user set them.
@@ -90,9 +93,10 @@ std::expected<OpenTrash, int> openVolumeTrash(const std::string& topdir, uid_t u
   const std::string id = std::to_string(uid);
 
   struct stat shared {};
-  if (::fstatat(top->get(), ".Trash", &shared, AT_SYMLINK_NOFOLLOW) == 0 && S_ISDIR(shared.st_mode) &&
-      (shared.st_mode & S_ISVTX) != 0) {
-    FileDescriptor sharedFd(::openat(top->get(), ".Trash", O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+  if (::fstatat(top->get(), ".Trash", &shared, AT_SYMLINK_NOFOLLOW) == 0 &&
+      S_ISDIR(shared.st_mode) && (shared.st_mode & S_ISVTX) != 0) {
+    FileDescriptor sharedFd(
+        ::openat(top->get(), ".Trash", O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
     if (sharedFd.valid()) {
       auto trash = openTrashAt(sharedFd.get(), id.c_str(), base + "/.Trash/" + id, topdir, uid);
       if (trash) return trash;
@@ -104,7 +108,7 @@ std::expected<OpenTrash, int> openVolumeTrash(const std::string& topdir, uid_t u
 
 std::string localNow() {
   const std::time_t now = std::time(nullptr);
-  std::tm local {};
+  std::tm local{};
   ::localtime_r(&now, &local);
   return TrashInfo::deletionDate(local);
 }
@@ -126,7 +130,8 @@ std::string readAll(int folderFd, const char* name) {
   if (!fd.valid()) return text;
   char buffer[4096];
   ssize_t got = 0;
-  while ((got = ::read(fd.get(), buffer, sizeof buffer)) > 0) text.append(buffer, static_cast<std::size_t>(got));
+  while ((got = ::read(fd.get(), buffer, sizeof buffer)) > 0)
+    text.append(buffer, static_cast<std::size_t>(got));
   return text;
 }
 
@@ -137,7 +142,8 @@ void rewriteSizes(int trashFd, const std::vector<TrashInfo::DirectorySize>& size
     return;
   }
   const std::string temporary = ".directorysizes." + std::to_string(::getpid());
-  FileDescriptor fd(::openat(trashFd, temporary.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, 0600));
+  FileDescriptor fd(::openat(trashFd, temporary.c_str(),
+                             O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, 0600));
   if (!fd.valid()) return;
   if (!writeAll(fd.get(), TrashInfo::formatDirectorySizes(sizes)) ||
       ::renameat(trashFd, temporary.c_str(), trashFd, std::string(sizesFile).c_str()) != 0) {
@@ -149,10 +155,12 @@ void recordFolderSize(const OpenTrash& trash, const std::string& name) {
   struct stat info {};
   const std::string infoName = name + std::string(infoExtension);
   if (::fstatat(trash.info.get(), infoName.c_str(), &info, 0) != 0) return;
-  auto sizes = TrashInfo::parseDirectorySizes(readAll(trash.folder.get(), std::string(sizesFile).c_str()));
+  auto sizes =
+      TrashInfo::parseDirectorySizes(readAll(trash.folder.get(), std::string(sizesFile).c_str()));
   std::erase_if(sizes, [&](const auto& entry) { return entry.name == name; });
   sizes.push_back({.bytes = FolderSize::allocatedBytes(trash.path + "/files/" + name),
-                   .infoModified = static_cast<std::int64_t>(info.st_mtime), .name = name});
+                   .infoModified = static_cast<std::int64_t>(info.st_mtime),
+                   .name = name});
   rewriteSizes(trash.folder.get(), sizes);
 }
 
@@ -185,15 +193,16 @@ int moveItem(int parentFd, const std::string& name, const struct stat& item, int
 }
 
 // Picks a free name, writes its info file first (O_EXCL), then renames the item into files/.
-std::expected<std::string, int> placeInTrash(const OpenTrash& trash, int parentFd, const std::string& name,
-                                             const struct stat& item, const std::string& infoPath,
-                                             const std::string& date) {
+std::expected<std::string, int> placeInTrash(const OpenTrash& trash, int parentFd,
+                                             const std::string& name, const struct stat& item,
+                                             const std::string& infoPath, const std::string& date) {
   const std::string infoText = TrashInfo::text(infoPath, date);
   for (int attempt = 1; attempt < 10000; ++attempt) {
     const std::string candidate = TrashInfo::candidateName(name, attempt);
     struct stat existing {};
     // An item without its info file, left by a crash, keeps its name too.
-    if (::fstatat(trash.files.get(), candidate.c_str(), &existing, AT_SYMLINK_NOFOLLOW) == 0) continue;
+    if (::fstatat(trash.files.get(), candidate.c_str(), &existing, AT_SYMLINK_NOFOLLOW) == 0)
+      continue;
     const std::string infoName = candidate + std::string(infoExtension);
     FileDescriptor info(::openat(trash.info.get(), infoName.c_str(),
                                  O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
@@ -245,7 +254,8 @@ std::string FreedesktopTrash::mountTop(const std::string& path) {
     const std::string parent = parentOf(current);
     struct stat a {};
     struct stat b {};
-    if (::lstat(current.c_str(), &a) == 0 && ::lstat(parent.c_str(), &b) == 0 && a.st_dev != b.st_dev) {
+    if (::lstat(current.c_str(), &a) == 0 && ::lstat(parent.c_str(), &b) == 0 &&
+        a.st_dev != b.st_dev) {
       return current;
     }
     current = parent;
@@ -255,12 +265,14 @@ std::string FreedesktopTrash::mountTop(const std::string& path) {
 
 std::expected<FreedesktopTrash::Entry, std::string> FreedesktopTrash::moveToTrash(
     const std::string& path) const {
-  if (path.empty() || path.front() != '/' || path == "/") return std::unexpected(describeError(EINVAL));
+  if (path.empty() || path.front() != '/' || path == "/")
+    return std::unexpected(describeError(EINVAL));
   // Trashing the trash, or a folder around it, would lose track of everything in it.
   if (char* real = ::realpath(homeTrash().c_str(), nullptr); real != nullptr) {
     const std::string trash = real;
     std::free(real);
-    if (path == trash || path.starts_with(trash + "/")) return std::unexpected(std::string("It's your Trash"));
+    if (path == trash || path.starts_with(trash + "/"))
+      return std::unexpected(std::string("It's your Trash"));
     if (trash.starts_with(path + "/")) {
       return std::unexpected(std::string("It holds Trash, which Tovrin keeps safe"));
     }
@@ -273,7 +285,8 @@ std::expected<FreedesktopTrash::Entry, std::string> FreedesktopTrash::moveToTras
   if (::fstatat(parentFd->get(), name.c_str(), &item, AT_SYMLINK_NOFOLLOW) != 0) {
     return std::unexpected(describeError(errno));
   }
-  if (S_ISLNK(item.st_mode)) return std::unexpected(std::string("It's a shortcut to somewhere else"));
+  if (S_ISLNK(item.st_mode))
+    return std::unexpected(std::string("It's a shortcut to somewhere else"));
 
   const std::string date = localNow();
   const auto intoVolumeTrash = [&]() -> std::expected<Entry, std::string> {
@@ -284,7 +297,8 @@ std::expected<FreedesktopTrash::Entry, std::string> FreedesktopTrash::moveToTras
     auto placed = placeInTrash(*trash, parentFd->get(), name, item, relative, date);
     if (!placed) return std::unexpected(describeMoveError(placed.error()));
     if (S_ISDIR(item.st_mode)) recordFolderSize(*trash, *placed);
-    return Entry{.trashDirectory = trash->path, .name = *placed, .originalPath = path, .deletionDate = date};
+    return Entry{
+        .trashDirectory = trash->path, .name = *placed, .originalPath = path, .deletionDate = date};
   };
 
   struct stat dataHomeInfo {};
@@ -299,27 +313,31 @@ std::expected<FreedesktopTrash::Entry, std::string> FreedesktopTrash::moveToTras
   if (!placed && placed.error() == EXDEV) return intoVolumeTrash();
   if (!placed) return std::unexpected(describeMoveError(placed.error()));
   if (S_ISDIR(item.st_mode)) recordFolderSize(*trash, *placed);
-  return Entry{.trashDirectory = trash->path, .name = *placed, .originalPath = path, .deletionDate = date};
+  return Entry{
+      .trashDirectory = trash->path, .name = *placed, .originalPath = path, .deletionDate = date};
 }
 
 std::vector<FreedesktopTrash::Entry> FreedesktopTrash::entries(const std::string& trashDirectory) {
   std::vector<Entry> found;
-  FileDescriptor info(::open((trashDirectory + "/info").c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  FileDescriptor info(
+      ::open((trashDirectory + "/info").c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   if (!info.valid()) return found;
   const std::string topdir = topdirOfTrash(trashDirectory);
   const FolderWalkVisitor visitor{
-      .entry = [&](int fd, const std::string& name, const std::string&, const struct stat& st) {
-        if (!S_ISREG(st.st_mode) || !name.ends_with(infoExtension)) return WalkStep::skip;
-        const auto parsed = TrashInfo::parse(readAll(fd, name.c_str()));
-        if (!parsed) return WalkStep::skip;
-        const std::string original = parsed->path.front() == '/'
-                                         ? parsed->path
-                                         : (topdir == "/" ? "" : topdir) + "/" + parsed->path;
-        found.push_back({.trashDirectory = trashDirectory,
-                         .name = name.substr(0, name.size() - infoExtension.size()),
-                         .originalPath = original, .deletionDate = parsed->deletionDate});
-        return WalkStep::skip;
-      },
+      .entry =
+          [&](int fd, const std::string& name, const std::string&, const struct stat& st) {
+            if (!S_ISREG(st.st_mode) || !name.ends_with(infoExtension)) return WalkStep::skip;
+            const auto parsed = TrashInfo::parse(readAll(fd, name.c_str()));
+            if (!parsed) return WalkStep::skip;
+            const std::string original = parsed->path.front() == '/'
+                                             ? parsed->path
+                                             : (topdir == "/" ? "" : topdir) + "/" + parsed->path;
+            found.push_back({.trashDirectory = trashDirectory,
+                             .name = name.substr(0, name.size() - infoExtension.size()),
+                             .originalPath = original,
+                             .deletionDate = parsed->deletionDate});
+            return WalkStep::skip;
+          },
       .leave = nullptr,
       .failed = nullptr,
   };
@@ -334,7 +352,8 @@ std::expected<void, std::string> FreedesktopTrash::erase(const Entry& entry) {
   }
   FileDescriptor trash(::open(entry.trashDirectory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   if (!trash.valid()) return std::unexpected(describeError(errno));
-  FileDescriptor files(::openat(trash.get(), "files", O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+  FileDescriptor files(
+      ::openat(trash.get(), "files", O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
   if (!files.valid()) return std::unexpected(describeError(errno));
   if (auto removed = removeTree(files.get(), entry.name); !removed) return removed;
   const std::string infoName = "info/" + entry.name + std::string(infoExtension);

@@ -1,5 +1,6 @@
 #include "probe/freedesktop_trash.h"
 
+#include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -7,8 +8,6 @@
 #include <fstream>
 #include <regex>
 #include <sstream>
-
-#include <gtest/gtest.h>
 
 #include "probe/trash_info.h"
 #include "probe/trash_test_support.h"
@@ -62,9 +61,10 @@ TEST(FreedesktopTrash, MovesIntoTheHomeTrashSoThatTrashCliListsAndRestoresIt) {
   EXPECT_EQ(movedFolder->trashDirectory, scratch.trash());
   EXPECT_EQ(slurp(scratch.trash() + "/files/build/out/a.o").size(), 20000u);
   const std::string info = slurp(scratch.trash() + "/info/report 100%.pdf.trashinfo");
-  EXPECT_TRUE(std::regex_match(info, std::regex("\\[Trash Info\\]\nPath=" + scratch.home +
-                                                "/docs/report%20100%25.pdf\n"
-                                                "DeletionDate=\\d{4}-\\d\\d-\\d\\dT\\d\\d:\\d\\d:\\d\\d\n")))
+  EXPECT_TRUE(std::regex_match(
+      info, std::regex("\\[Trash Info\\]\nPath=" + scratch.home +
+                       "/docs/report%20100%25.pdf\n"
+                       "DeletionDate=\\d{4}-\\d\\d-\\d\\dT\\d\\d:\\d\\d:\\d\\d\n")))
       << info;
   for (const char* made : {"", "/files", "/info"}) {
     EXPECT_EQ(modeOf(scratch.trash() + made), 0700u) << made;
@@ -141,7 +141,10 @@ TEST(FreedesktopTrash, RefusesTheTrashItselfAndLinksAndFolderPathsThroughLinks) 
   scratch.scratch.write("home/a/kept", "kept");
   fs::create_symlink(scratch.home + "/a/kept", scratch.home + "/a/link");
 
-  const struct { const char* why; std::string path; } cases[] = {
+  const struct {
+    const char* why;
+    std::string path;
+  } cases[] = {
       {"the trash", scratch.trash()},
       {"inside the trash", scratch.trash() + "/files/file"},
       {"around the trash", scratch.dataHome},
@@ -200,9 +203,11 @@ TEST(FreedesktopTrash, AnItemOnAnotherVolumeGoesToThatVolumesTrashAndIsNeverCopi
     EXPECT_EQ(moved->trashDirectory, c.expectedTrash);
     EXPECT_EQ(slurp(c.expectedTrash + "/files/" + name), name);
     // Relative to the volume's top folder, as the specification asks of volume trashes.
-    EXPECT_NE(slurp(c.expectedTrash + "/info/" + name + ".trashinfo").find("\nPath=dir/" + name + "\n"),
-              std::string::npos);
-    EXPECT_EQ(FreedesktopTrash::entries(c.expectedTrash).front().originalPath, volume + "/dir/" + name);
+    EXPECT_NE(
+        slurp(c.expectedTrash + "/info/" + name + ".trashinfo").find("\nPath=dir/" + name + "\n"),
+        std::string::npos);
+    EXPECT_EQ(FreedesktopTrash::entries(c.expectedTrash).front().originalPath,
+              volume + "/dir/" + name);
   }
   EXPECT_FALSE(fs::exists(scratch.trash())) << "nothing went through the home trash";
   const std::string listing = scratch.run("trash-list");
@@ -215,7 +220,8 @@ TEST(FreedesktopTrash, AnItemOnAnotherVolumeGoesToThatVolumesTrashAndIsNeverCopi
   scratch.scratch.write("home/usb/dir/stays", "stays");
   const auto refused = trash.moveToTrash(volume + "/dir/stays");
   ASSERT_FALSE(refused.has_value());
-  EXPECT_EQ(refused.error(), "It's on a disk whose Trash Tovrin can't use, so it was left in place");
+  EXPECT_EQ(refused.error(),
+            "It's on a disk whose Trash Tovrin can't use, so it was left in place");
   EXPECT_EQ(slurp(volume + "/dir/stays"), "stays");
   EXPECT_FALSE(fs::exists(scratch.trash()));
   EXPECT_EQ(FreedesktopTrash::mountTop(volume + "/dir"), volume);
@@ -238,7 +244,8 @@ TEST(FreedesktopTrash, EraseRemovesTheItemItsInfoAndItsSizeLine) {
   ASSERT_TRUE(FreedesktopTrash::erase(*two).has_value());
   EXPECT_FALSE(fs::exists(scratch.trash() + "/directorysizes"));
   EXPECT_TRUE(fs::is_empty(scratch.trash() + "/files"));
-  EXPECT_FALSE(FreedesktopTrash::erase({.trashDirectory = scratch.trash(), .name = ".."}).has_value());
+  EXPECT_FALSE(
+      FreedesktopTrash::erase({.trashDirectory = scratch.trash(), .name = ".."}).has_value());
 }
 
 TEST(FreedesktopTrash, MovesAFolderWithoutWritePermissionAndGivesItsModeBack) {

@@ -34,16 +34,18 @@ std::expected<std::optional<RemovalDisk::Subfolder>, std::string> LiveRemovalDis
   std::optional<Subfolder> found;
   const std::string base = folder.ends_with('/') ? folder : folder + "/";
   const FolderWalkVisitor visitor{
-      .entry = [&](int, const std::string& name, const std::string& relative, const struct stat& info) {
-        if (!S_ISDIR(info.st_mode)) return WalkStep::skip;
-        Subfolder subfolder{.path = base + relative, .name = name,
-                            .onOtherVolume = info.st_dev != rootInfo.st_dev};
-        if (isProtected(subfolder)) {
-          found = std::move(subfolder);
-          return WalkStep::stop;
-        }
-        return WalkStep::descend;
-      },
+      .entry =
+          [&](int, const std::string& name, const std::string& relative, const struct stat& info) {
+            if (!S_ISDIR(info.st_mode)) return WalkStep::skip;
+            Subfolder subfolder{.path = base + relative,
+                                .name = name,
+                                .onOtherVolume = info.st_dev != rootInfo.st_dev};
+            if (isProtected(subfolder)) {
+              found = std::move(subfolder);
+              return WalkStep::stop;
+            }
+            return WalkStep::descend;
+          },
       .leave = nullptr,
       .failed = nullptr,
   };

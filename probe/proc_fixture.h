@@ -33,6 +33,7 @@ struct FakeProcess {
   std::string exe = "/usr/bin/worker";          // empty: no exe link
   std::vector<std::string> arguments = {"worker"};
   std::string cwd = "/home/user";               // empty: no cwd link
+  std::string cgroup = "/";                     // the unified hierarchy's path
 };
 
 inline std::string statLine(const FakeProcess& p) {
@@ -70,6 +71,7 @@ inline void writeProcess(const ScratchFolder& root, const FakeProcess& p) {
   std::string cmdline;
   for (const auto& argument : p.arguments) cmdline += argument + '\0';
   root.write(dir + "cmdline", cmdline);
+  root.write(dir + "cgroup", "0::" + p.cgroup + "\n");
   for (const auto& [name, target] : {std::pair{"exe", p.exe}, std::pair{"cwd", p.cwd}}) {
     fs::remove(root / (dir + name), ignored);
     if (!target.empty()) fs::create_symlink(target, root / (dir + name));

@@ -7,8 +7,10 @@
 #include <cstdio>
 #include <memory>
 
+#include "probe/cgroup_unit.h"
 #include "probe/cpu_reader.h"
 #include "probe/file_descriptor.h"
+#include "probe/key_value_text.h"
 #include "probe/proc_file.h"
 #include "probe/text_number.h"
 
@@ -55,9 +57,11 @@ std::string withoutDeletedMark(std::string path) {
 
 }  // namespace
 
-ProcessReader::ProcessReader(std::filesystem::path procRoot, std::uint64_t ticksPerSecond)
+ProcessReader::ProcessReader(std::filesystem::path procRoot, std::uint64_t ticksPerSecond,
+                             BundleIdentifierCache* apps)
     : procRoot_(std::move(procRoot)),
-      ticksPerSecond_(ticksPerSecond > 0 ? ticksPerSecond : clockTicksPerSecond()) {}
+      ticksPerSecond_(ticksPerSecond > 0 ? ticksPerSecond : clockTicksPerSecond()),
+      apps_(apps) {}
 
 const char* ProcessReader::pidPath(std::int32_t pid, const char* file) {
   std::snprintf(pathBuffer_, sizeof pathBuffer_, "%d/%s", static_cast<int>(pid), file);
@@ -71,8 +75,10 @@ std::optional<double> ProcessReader::bootTime() {
   return bootTime_;
 }
 
-std::vector<ProcessSample> ProcessReader::read(double /*now*/) {
+std::vector<ProcessSample> ProcessReader::read(double now) {
   ++round_;
+  now_ = now;
+  const std::uint64_t generation = apps_ ? apps_->generation(now) : 0;
   std::vector<ProcessSample> samples;
   const Directory dir(::opendir(procRoot_.c_str()));
   if (dir) {
@@ -85,6 +91,7 @@ std::vector<ProcessSample> ProcessReader::read(double /*now*/) {
       Tracked& tracked = trackedFor(procFd, pid, files->stat);
       tracked.seenRound = round_;
       tracked.parent = files->stat.parent;
+      if (apps_ && !tracked.facts.kernelThread) recheckApp(procFd, pid, generation, tracked);
       updateCounters(procFd, pid, *files, tracked);
 
       ProcessSample& sample = samples.emplace_back(tracked.facts);
@@ -198,6 +205,75 @@ void ProcessReader::makeIdentity(int procFd, std::int32_t pid, const ProcessStat
     }
   }
   tracked.facts = std::move(facts);
+  tracked.appFacts = ProcessFacts{.controllingTerminal = stat.terminal != 0};
+  if (apps_ && !tracked.facts.kernelThread) identifyApp(procFd, pid, tracked);
+}
+
+namespace {
+
+// "[Application]\nname=org.gnome.Builder\n...": the app id of a Flatpak sandbox.
+std::string flatpakAppId(std::string_view info) {
+  bool inApplication = false;
+  std::string id;
+  forEachLine(info, [&](std::string_view line) {
+    if (line.starts_with("[")) inApplication = line == "[Application]";
+    if (inApplication && id.empty() && line.starts_with("name=")) id = line.substr(5);
+  });
+  return id;
+}
+
+// The value of NAME in a NUL-separated environment.
+std::string environmentValue(std::string_view environment, std::string_view name) {
+  for (const auto& entry : parseCommandLine(environment)) {
+    if (entry.size() > name.size() && entry.starts_with(name) && entry[name.size()] == '=') {
+      return entry.substr(name.size() + 1);
+    }
+  }
+  return {};
+}
+
+}  // namespace
+
+void ProcessReader::identifyApp(int procFd, std::int32_t pid, Tracked& tracked) {
+  ProcessFacts& facts = tracked.appFacts;
+  facts.executable = withoutDeletedMark(tracked.executable);
+  facts.arguments = tracked.facts.arguments;
+  facts.comm = tracked.comm;
+  facts.workingDirectory = tracked.facts.workingDirectory;
+  if (const auto text = readFileAt(procFd, pidPath(pid, "cgroup"), otherBuffer_)) {
+    facts.cgroup = parseCgroupPath(*text);
+  }
+  if (const auto info = readFileAt(procFd, pidPath(pid, "root/.flatpak-info"), otherBuffer_)) {
+    facts.flatpakId = flatpakAppId(*info);
+  }
+  // An AppImage runs from its own mount; only its environment names the image file.
+  if (facts.executable.starts_with("/tmp/.mount_")) {
+    if (const auto environment = readFileAt(procFd, pidPath(pid, "environ"), otherBuffer_)) {
+      facts.appImage = environmentValue(*environment, "APPIMAGE");
+    }
+  }
+  tracked.appGeneration = apps_->generation();
+  tracked.facts.app = apps_->identity(facts, now_);
+}
+
+void ProcessReader::recheckApp(int procFd, std::int32_t pid, std::uint64_t generation,
+                               Tracked& tracked) {
+  const bool young = tracked.facts.startTime && now_ >= *tracked.facts.startTime &&
+                     now_ - *tracked.facts.startTime < youngAge;
+  if (young) {
+    const auto text = readFileAt(procFd, pidPath(pid, "cgroup"), otherBuffer_);
+    const std::string cgroup = text ? parseCgroupPath(*text) : tracked.appFacts.cgroup;
+    if (cgroup != tracked.appFacts.cgroup) {
+      tracked.appFacts.cgroup = cgroup;
+      tracked.appGeneration = generation;
+      tracked.facts.app = apps_->identity(tracked.appFacts, now_);
+      return;
+    }
+  }
+  if (!tracked.facts.app && tracked.appGeneration != generation) {
+    tracked.appGeneration = generation;
+    tracked.facts.app = apps_->identity(tracked.appFacts, now_);
+  }
 }
 
 std::uint64_t ProcessReader::threadSwitches(int procFd, std::int32_t pid) {

@@ -255,5 +255,64 @@ TEST(ProcessReader, KeepsTheBundleRulesForAppPaths) {
   EXPECT_EQ(find(samples, 101)->path, "/opt/Bar.app/Contents/MacOS/Bar");
 }
 
+TEST(ProcessReader, NamesAppsOncePerLifeButFollowsAYoungProcessIntoItsScope) {
+  ProcFolder folder;
+  folder.root.write("share/applications/org.gnome.TextEditor.desktop",
+                    "[Desktop Entry]\nType=Application\nName=Text Editor\nExec=gnome-text-editor\n");
+  folder.root.write("share/applications/org.gnome.Builder.desktop",
+                    "[Desktop Entry]\nType=Application\nName=Builder\nExec=gnome-builder\n");
+  BundleIdentifierCache apps(DesktopSources{.dataDirs = {folder.root / "share"}});
+  ProcessReader reader(folder.proc(), hz, &apps);
+  const std::string scope = "/user.slice/app.slice/app-gnome-org.gnome.TextEditor-77.scope";
+  // Started at btime + 50 s; the launcher has not moved it into its scope yet.
+  FakeProcess editor{.pid = 300, .startTicks = 5000, .exe = "/usr/bin/tool", .cgroup = "/user.slice"};
+  writeProcess(folder.root, editor);
+  FakeProcess old{.pid = 301, .startTicks = 100, .exe = "/usr/bin/other", .cgroup = scope};
+  writeProcess(folder.root, old);
+  FakeProcess boxed{.pid = 302, .exe = "/app/bin/builder"};
+  writeProcess(folder.root, boxed);
+  folder.root.write("proc/302/root/.flatpak-info",
+                    "[Application]\nname=org.gnome.Builder\nruntime=x\n[Instance]\nname=y\n");
+  FakeProcess kernel{.pid = 2, .flags = 0x00208040, .exe = "", .cgroup = scope};
+  writeProcess(folder.root, kernel);
+
+  const double start = 1'700'000'050;
+  auto samples = reader.read(start + 1);
+  EXPECT_FALSE(find(samples, 300)->app.has_value());
+  ASSERT_TRUE(find(samples, 301)->app.has_value());
+  EXPECT_EQ(find(samples, 301)->app->name, "Text Editor");
+  ASSERT_TRUE(find(samples, 302)->app.has_value());
+  EXPECT_EQ(find(samples, 302)->app->name, "Builder");
+  EXPECT_FALSE(find(samples, 2)->app.has_value());  // kernel threads belong to no app
+
+  editor.cgroup = scope;
+  writeProcess(folder.root, editor);
+  old.cgroup = "/user.slice";
+  writeProcess(folder.root, old);
+  samples = reader.read(start + 2);
+  ASSERT_TRUE(find(samples, 300)->app.has_value());  // young: its cgroup is read again
+  EXPECT_EQ(find(samples, 300)->app->id, "org.gnome.TextEditor");
+  EXPECT_TRUE(find(samples, 301)->app.has_value());  // old: the identity stands
+
+  editor.cgroup = "/user.slice";
+  writeProcess(folder.root, editor);
+  samples = reader.read(start + ProcessReader::youngAge + 1);
+  EXPECT_TRUE(find(samples, 300)->app.has_value());  // no longer young: not read again
+}
+
+TEST(ProcessReader, AsksAgainAboutProcessesWithoutAppWhenAppsAreInstalled) {
+  ProcFolder folder;
+  fs::create_directories(folder.root / "share/applications");
+  BundleIdentifierCache apps(DesktopSources{.dataDirs = {folder.root / "share"}});
+  ProcessReader reader(folder.proc(), hz, &apps);
+  writeProcess(folder.root, {.pid = 400, .comm = "gimp", .startTicks = 100, .exe = "/opt/gimp/gimp"});
+  EXPECT_FALSE(reader.read(1'700'001'000)[0].app.has_value());
+  folder.root.write("share/applications/gimp.desktop",
+                    "[Desktop Entry]\nType=Application\nName=GIMP\nExec=gimp\n");
+  const auto samples = reader.read(1'700'001'000 + BundleIdentifierCache::refreshInterval);
+  ASSERT_TRUE(samples[0].app.has_value());
+  EXPECT_EQ(samples[0].app->name, "GIMP");
+}
+
 }  // namespace
 }  // namespace pellwin

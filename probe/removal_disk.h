@@ -37,7 +37,8 @@ class RemovalDisk {
   [[nodiscard]] virtual std::expected<std::optional<Subfolder>, std::string> findSubfolder(
       const std::string& folder, const std::function<bool(const Subfolder&)>& isProtected) = 0;
 
-  // Moves the item at `path` (resolved: no link anywhere in it) to the Trash; a sentence on failure.
+  // Moves the item at `path` (resolved: no link anywhere in it) to the Trash; a sentence on
+  // failure.
   [[nodiscard]] virtual std::expected<void, std::string> moveToTrash(const std::string& path) = 0;
 
   // Removes the item at `path` (resolved) for good; a sentence on failure.

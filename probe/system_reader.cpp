@@ -39,7 +39,10 @@ SystemReader::SystemReader(Roots roots, Options options)
     : roots_(std::move(roots)),
       clock_(options.clock ? std::move(options.clock) : Clock(systemClock)),
       pageSize_(options.pageSize > 0 ? options.pageSize : kernelPageSize()),
-      processes_(roots_.proc, options.ticksPerSecond),
+      bundles_(DesktopSources{.dataDirs = roots_.dataDirs,
+                              .searchPath = roots_.searchPath,
+                              .locale = roots_.locale}),
+      processes_(roots_.proc, options.ticksPerSecond, &bundles_),
       thermal_(roots_.sys) {}
 
 SystemSample SystemReader::read() {

@@ -1,6 +1,6 @@
 // One reading of the whole machine per read(): memory, CPU ticks, disk space and traffic, the
 // thermal level, Low Power Mode, boot time, every readable process and the battery.
-// Thread: the sampler thread only (one reader, one caller at a time).
+// Thread: the sampler thread only (one reader, one caller at a time), except bundles().
 // Units are those of SystemSample: bytes, pages of `pageSize` bytes, USER_HZ ticks summed over
 // all processors, and seconds since 1970 for times.
 //
@@ -13,8 +13,11 @@
 #include <filesystem>
 #include <functional>
 #include <optional>
+#include <string>
+#include <vector>
 
 #include "core/readings.h"
+#include "probe/bundle_identifier_cache.h"
 #include "probe/disk_reader.h"
 #include "probe/process_reader.h"
 #include "probe/thermal_reader.h"
@@ -27,6 +30,12 @@ class SystemReader {
     std::filesystem::path proc{};    // the proc file system
     std::filesystem::path sys{};     // the sys file system
     std::filesystem::path volume{};  // a path on the start-up volume, whose space is read
+    // Where apps are looked up: the XDG data folders in precedence order (the desktop entries
+    // are in their "applications" folders), the program search path, and the messages locale
+    // for the apps' names. With no data folders only sandboxed apps (Flatpak, Snap) are named.
+    std::vector<std::filesystem::path> dataDirs{};
+    std::vector<std::filesystem::path> searchPath{};
+    std::string locale;
   };
   // Seconds since 1970. The default reads the system clock.
   using Clock = std::function<double()>;
@@ -40,6 +49,9 @@ class SystemReader {
   SystemReader(Roots roots, Options options);
 
   [[nodiscard]] SystemSample read();
+
+  // The app lookup the process reader uses; thread-safe, so the app grouping may share it.
+  [[nodiscard]] BundleIdentifierCache& bundles() { return bundles_; }
 
   // Disk space is asked of the file system at most this often; a reading younger than this
   // is returned unchanged.
@@ -60,6 +72,7 @@ class SystemReader {
   Roots roots_;
   Clock clock_;
   std::uint64_t pageSize_;
+  BundleIdentifierCache bundles_;  // before processes_, which keeps a pointer to it
   ProcessReader processes_;
   ThermalReader thermal_;
   std::optional<SpaceReading> lastSpace_;

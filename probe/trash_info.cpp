@@ -23,7 +23,8 @@ template <typename Number>
 std::optional<Number> wholeNumber(std::string_view field) {
   Number value{};
   const auto [end, error] = std::from_chars(field.data(), field.data() + field.size(), value);
-  if (error != std::errc() || end != field.data() + field.size() || field.empty()) return std::nullopt;
+  if (error != std::errc() || end != field.data() + field.size() || field.empty())
+    return std::nullopt;
   return value;
 }
 
@@ -87,8 +88,8 @@ std::string deletionDate(const std::tm& localTime) {
 }
 
 std::string text(std::string_view originalPath, std::string_view date) {
-  return "[Trash Info]\nPath=" + percentEncode(originalPath) + "\nDeletionDate=" + std::string(date) +
-         "\n";
+  return "[Trash Info]\nPath=" + percentEncode(originalPath) +
+         "\nDeletionDate=" + std::string(date) + "\n";
 }
 
 std::optional<Parsed> parse(std::string_view contents) {

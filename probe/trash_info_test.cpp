@@ -19,7 +19,11 @@ TEST(TrashInfo, PercentEncodingRoundTripsEveryByteAndRejectsBrokenEscapes) {
 }
 
 TEST(TrashInfo, ParsesTheFirstPathAndDateAndIgnoresEverythingElse) {
-  const struct { const char* why; const char* text; std::optional<TrashInfo::Parsed> expected; } cases[] = {
+  const struct {
+    const char* why;
+    const char* text;
+    std::optional<TrashInfo::Parsed> expected;
+  } cases[] = {
       {"written by us", "[Trash Info]\nPath=/h/a%20b\nDeletionDate=2026-01-02T03:04:05\n",
        TrashInfo::Parsed{.path = "/h/a b", .deletionDate = "2026-01-02T03:04:05"}},
       {"first keys win, others ignored, CRLF",
@@ -37,7 +41,12 @@ TEST(TrashInfo, ParsesTheFirstPathAndDateAndIgnoresEverythingElse) {
     EXPECT_EQ(TrashInfo::parse(c.text), c.expected);
   }
   std::tm time{};
-  time.tm_year = 126; time.tm_mon = 0; time.tm_mday = 2; time.tm_hour = 3; time.tm_min = 4; time.tm_sec = 5;
+  time.tm_year = 126;
+  time.tm_mon = 0;
+  time.tm_mday = 2;
+  time.tm_hour = 3;
+  time.tm_min = 4;
+  time.tm_sec = 5;
   EXPECT_EQ(TrashInfo::parse(TrashInfo::text("/h/new\nline", TrashInfo::deletionDate(time))),
             (TrashInfo::Parsed{.path = "/h/new\nline", .deletionDate = "2026-01-02T03:04:05"}));
 }
@@ -61,8 +70,8 @@ TEST(TrashInfo, DirectorySizesDropMalformedLinesAndRoundTrip) {
       "16384 15803468 Documents\n8192 15803582 Another%20Folder\nbad line\n-1 2 x\n1 2 a%2Fb\n"
       "3 4 \n5 x y\n");
   ASSERT_EQ(parsed.size(), 2u);
-  EXPECT_EQ(parsed[1], (TrashInfo::DirectorySize{.bytes = 8192, .infoModified = 15803582,
-                                                 .name = "Another Folder"}));
+  EXPECT_EQ(parsed[1], (TrashInfo::DirectorySize{
+                           .bytes = 8192, .infoModified = 15803582, .name = "Another Folder"}));
   EXPECT_EQ(TrashInfo::parseDirectorySizes(TrashInfo::formatDirectorySizes(parsed)), parsed);
 }
 

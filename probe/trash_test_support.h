@@ -40,7 +40,8 @@ struct ScratchHome {
     if (FILE* pipe = ::popen(line.c_str(), "r")) {
       std::array<char, 4096> buffer{};
       std::size_t got = 0;
-      while ((got = std::fread(buffer.data(), 1, buffer.size(), pipe)) > 0) output.append(buffer.data(), got);
+      while ((got = std::fread(buffer.data(), 1, buffer.size(), pipe)) > 0)
+        output.append(buffer.data(), got);
       ::pclose(pipe);
     }
     return output;

@@ -79,8 +79,8 @@ std::vector<TrashResult> Trasher::perform(const std::vector<TrashItem>& items,
   return results;
 }
 
-std::optional<std::string> Trasher::hazardInside(const std::string& resolvedFolder,
-                                                 std::string& failure) const {
+std::expected<std::optional<std::string>, std::string> Trasher::hazardInside(
+    const std::string& resolvedFolder) const {
   const auto extras = RemovalRules::splitExtras(checkedExtras_);
   const auto found = disk_.findSubfolder(resolvedFolder, [&](const RemovalDisk::Subfolder& folder) {
     // Another disk mounted inside would go to the Trash with the folder, and emptying the
@@ -88,12 +88,9 @@ std::optional<std::string> Trasher::hazardInside(const std::string& resolvedFold
     return folder.onOtherVolume ||
            RemovalRules::refusal(homeSpelling(folder.path), home_, extras).has_value();
   });
-  if (!found) {
-    failure = found.error();
-    return std::nullopt;
-  }
-  if (!*found) return std::nullopt;
-  return (*found)->name;
+  if (!found) return std::unexpected(found.error());
+  if (!*found) return std::optional<std::string>();
+  return std::optional<std::string>((*found)->name);
 }
 
 TrashResult Trasher::act(const TrashItem& item, CleanAction action) const {
@@ -113,16 +110,16 @@ TrashResult Trasher::act(const TrashItem& item, CleanAction action) const {
   if (auto refused = RemovalRules::verdict(path, home_, entry->isSymlink, real, checkedExtras_)) {
     return result(item, Outcome::refused, refused->reason);
   }
-  if (action == CleanAction::delete_ && (!FolderCatalog::isCleanable(path, home_) ||
-                                         !FolderCatalog::isCleanable(real, home_))) {
+  if (action == CleanAction::delete_ &&
+      (!FolderCatalog::isCleanable(path, home_) || !FolderCatalog::isCleanable(real, home_))) {
     return result(item, Outcome::refused, onlyCaches);
   }
   if (entry->isDirectory) {
-    std::string failure;
-    if (auto hazard = hazardInside(*resolved, failure)) {
-      return result(item, Outcome::refused, "It holds " + *hazard + ", which Tovrin keeps safe");
+    const auto hazard = hazardInside(*resolved);
+    if (!hazard) return result(item, Outcome::failed, hazard.error());
+    if (*hazard) {
+      return result(item, Outcome::refused, "It holds " + **hazard + ", which Tovrin keeps safe");
     }
-    if (!failure.empty()) return result(item, Outcome::failed, failure);
   }
 
   const auto done = action == CleanAction::delete_ ? disk_.removeForGood(*resolved)

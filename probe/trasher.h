@@ -5,6 +5,8 @@
 // Blocking: run it off the user-interface thread. Keeps no state between calls.
 #pragma once
 
+#include <expected>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -34,8 +36,10 @@ class Trasher {
 
  private:
   [[nodiscard]] TrashResult act(const TrashItem& item, CleanAction action) const;
-  [[nodiscard]] std::optional<std::string> hazardInside(const std::string& resolvedFolder,
-                                                        std::string& failure) const;
+  // The name of the first folder inside that must stay, or nothing; an error sentence when the
+  // folder could not be searched.
+  [[nodiscard]] std::expected<std::optional<std::string>, std::string> hazardInside(
+      const std::string& resolvedFolder) const;
   // A resolved path inside the resolved home, spelled from `home` so the rules recognise it.
   [[nodiscard]] std::string homeSpelling(const std::string& resolved) const;
 

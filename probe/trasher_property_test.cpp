@@ -2,14 +2,13 @@
 // laid out with real links (out of home, back into protected folders, to home itself, a loop,
 // a dangling one) and, when root may mount, another volume inside home. After every round
 // nothing outside the allowed set may have moved.
+#include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
 #include <random>
-
-#include <gtest/gtest.h>
 
 #include "core/data_folder.h"
 #include "probe/live_removal_disk.h"
@@ -45,7 +44,8 @@ Layout build(const testing::ScratchHome& scratch) {
   // Siblings of home that differ only in case, or that home's name is a prefix of, holding what
   // home holds: a path spelled into them must never count as inside home.
   for (const char* sibling : {"/HOME", "/home2", "/Home"}) {
-    for (const char* file : {"/junk/a.txt", "/junk/b/c.txt", "/.cache/tool/blob", "/projects/free/main.c"}) {
+    for (const char* file :
+         {"/junk/a.txt", "/junk/b/c.txt", "/.cache/tool/blob", "/projects/free/main.c"}) {
       write(r + sibling + file, "outside");
       layout.precious.push_back(r + sibling + file);
     }
@@ -60,16 +60,22 @@ Layout build(const testing::ScratchHome& scratch) {
     fs::create_directories(h + folder);
     layout.precious.push_back(h + folder);
   }
-  for (const char* file : {"/junk/a.txt", "/junk/b/c.txt", "/Documents/old.txt", "/Videos/clip.mp4",
-                           "/.config/app/settings.ini", "/.cache/tool/blob", "/projects/free/main.c"}) {
+  for (const char* file :
+       {"/junk/a.txt", "/junk/b/c.txt", "/Documents/old.txt", "/Videos/clip.mp4",
+        "/.config/app/settings.ini", "/.cache/tool/blob", "/projects/free/main.c"}) {
     write(h + file, "ordinary");
   }
   const std::pair<const char*, std::string> links[] = {
-      {"/out-link", r + "/outside"},     {"/out-file", r + "/outside/secret.txt"},
-      {"/in-link", h + "/junk"},         {"/docs-link", h + "/Documents"},
-      {"/ssh-link", h + "/.ssh"},        {"/dangling", h + "/nowhere"},
-      {"/home-link", h},                 {"/up-link", r},
-      {"/keep-link", h + "/projects/keep"}, {"/data-link", h + "/.local/share/Tovrin"},
+      {"/out-link", r + "/outside"},
+      {"/out-file", r + "/outside/secret.txt"},
+      {"/in-link", h + "/junk"},
+      {"/docs-link", h + "/Documents"},
+      {"/ssh-link", h + "/.ssh"},
+      {"/dangling", h + "/nowhere"},
+      {"/home-link", h},
+      {"/up-link", r},
+      {"/keep-link", h + "/projects/keep"},
+      {"/data-link", h + "/.local/share/Tovrin"},
   };
   for (const auto& [name, target] : links) {
     fs::create_symlink(target, h + name);
@@ -80,32 +86,49 @@ Layout build(const testing::ScratchHome& scratch) {
 }
 
 // A path from a small vocabulary, or an existing path spelled differently.
-std::string generate(std::mt19937& random, const Layout& layout, const std::vector<std::string>& existing) {
+std::string generate(std::mt19937& random, const Layout& layout,
+                     const std::vector<std::string>& existing) {
   static const std::vector<std::string> words = {
-      "junk", "a.txt", "b", "c.txt", "Documents", "documents", "old.txt", "Music", "Videos", ".ssh",
-      "id_rsa", ".config", "app", ".local", "share", "Tovrin", "TOVRIN", "keyrings", "Trash", "files",
-      ".cache", "tool", "projects", "keep", "free", "usb", "stuff", "out-link", "out-file", "in-link",
-      "docs-link", "ssh-link", "dangling", "home-link", "up-link", "keep-link", "data-link", "loop",
-      "..", ".", "", "outside", "secret.txt", "home", "HOME", "home2", ".Trash-0", ".gnupg"};
+      "junk",       "a.txt",     "b",         "c.txt",    "Documents", "documents", "old.txt",
+      "Music",      "Videos",    ".ssh",      "id_rsa",   ".config",   "app",       ".local",
+      "share",      "Tovrin",    "TOVRIN",    "keyrings", "Trash",     "files",     ".cache",
+      "tool",       "projects",  "keep",      "free",     "usb",       "stuff",     "out-link",
+      "out-file",   "in-link",   "docs-link", "ssh-link", "dangling",  "home-link", "up-link",
+      "keep-link",  "data-link", "loop",      "..",       ".",         "",          "outside",
+      "secret.txt", "home",      "HOME",      "home2",    ".Trash-0",  ".gnupg"};
   const auto pick = [&](std::size_t n) { return static_cast<std::size_t>(random() % n); };
   std::string path;
   if (!existing.empty() && pick(2) == 0) {
     path = existing[pick(existing.size())];
     static const char* const siblings[] = {"/HOME", "/home2", "/Home"};
     switch (pick(8)) {
-      case 0: path += "/"; break;
-      case 1: path.insert(layout.home.size(), "/."); break;
-      case 2: path.insert(layout.home.size(), "//"); break;
-      case 3: path.insert(layout.home.size(), "/junk/.."); break;
-      case 4: path[pick(path.size())] ^= 0x20; break;  // flips the case of a letter
+      case 0:
+        path += "/";
+        break;
+      case 1:
+        path.insert(layout.home.size(), "/.");
+        break;
+      case 2:
+        path.insert(layout.home.size(), "//");
+        break;
+      case 3:
+        path.insert(layout.home.size(), "/junk/..");
+        break;
+      case 4:
+        path[pick(path.size())] ^= 0x20;
+        break;  // flips the case of a letter
       case 5:
-      case 6: path.replace(0, layout.home.size(), layout.root + siblings[pick(3)]); break;
-      default: break;
+      case 6:
+        path.replace(0, layout.home.size(), layout.root + siblings[pick(3)]);
+        break;
+      default:
+        break;
     }
     return path;
   }
-  const std::string bases[] = {layout.home, layout.root, layout.root + "/outside", layout.root + "/HOME",
-                               "/", "", "home/junk", layout.home + "2"};
+  const std::string bases[] = {
+      layout.home, layout.root, layout.root + "/outside", layout.root + "/HOME", "/",
+      "",          "home/junk", layout.home + "2"};
   path = bases[pick(std::size(bases))];
   const std::size_t parts = pick(5);
   for (std::size_t i = 0; i < parts; ++i) {
@@ -119,8 +142,8 @@ std::string generate(std::mt19937& random, const Layout& layout, const std::vect
 std::vector<std::string> everything(const std::string& root) {
   std::vector<std::string> paths;
   std::error_code ignored;
-  for (auto it = fs::recursive_directory_iterator(root, ignored); it != fs::recursive_directory_iterator();
-       it.increment(ignored)) {
+  for (auto it = fs::recursive_directory_iterator(root, ignored);
+       it != fs::recursive_directory_iterator(); it.increment(ignored)) {
     paths.push_back(it->path().string());
   }
   return paths;
@@ -148,7 +171,8 @@ TEST(TrasherProperty, NothingOutsideTheAllowedSetIsEverRemovedWhateverThePathSpe
     for (int i = 0; i < 60; ++i) {
       const std::string path = generate(random, layout, existing);
       const CleanAction action = random() % 4 == 0 ? CleanAction::delete_ : CleanAction::trash;
-      SCOPED_TRACE("round " + std::to_string(round) + ": " + std::string(rawValue(action)) + " " + path);
+      SCOPED_TRACE("round " + std::to_string(round) + ": " + std::string(rawValue(action)) + " " +
+                   path);
       struct stat before {};
       const bool wasLink = ::lstat(path.c_str(), &before) == 0 && S_ISLNK(before.st_mode);
       std::error_code error;

@@ -1,11 +1,11 @@
 #include "probe/trasher.h"
 
+#include <gtest/gtest.h>
+
 #include <cerrno>
 #include <filesystem>
 #include <fstream>
 #include <map>
-
-#include <gtest/gtest.h>
 
 #include "core/data_folder.h"
 #include "probe/live_removal_disk.h"
@@ -48,11 +48,13 @@ class FakeDisk final : public RemovalDisk {
   }
   std::optional<std::string> resolve(const std::string& path) override {
     const auto it = nodes.find(path);
-    if (it == nodes.end()) return path == "/home/ann" ? std::optional<std::string>(path) : std::nullopt;
+    if (it == nodes.end())
+      return path == "/home/ann" ? std::optional<std::string>(path) : std::nullopt;
     return it->second.resolved;
   }
   std::expected<std::optional<Subfolder>, std::string> findSubfolder(
-      const std::string& folder, const std::function<bool(const Subfolder&)>& isProtected) override {
+      const std::string& folder,
+      const std::function<bool(const Subfolder&)>& isProtected) override {
     for (const Subfolder& sub : below[folder]) {
       if (isProtected(sub)) return sub;
     }
@@ -84,9 +86,11 @@ TEST(Trasher, ChecksEachItemOnTheDiskAndGivesOneResultPerItemInOrder) {
                                       .resolved = std::nullopt};
   disk.folder("/home/ann/projects",
               {{.path = "/home/ann/projects/app", .name = "app", .onOtherVolume = false},
-               {.path = "/home/ann/projects/app/.local/share/Tovrin", .name = "Tovrin",
+               {.path = "/home/ann/projects/app/.local/share/Tovrin",
+                .name = "Tovrin",
                 .onOtherVolume = false}});
-  disk.folder("/home/ann/media", {{.path = "/home/ann/media/usb", .name = "usb", .onOtherVolume = true}});
+  disk.folder("/home/ann/media",
+              {{.path = "/home/ann/media/usb", .name = "usb", .onOtherVolume = true}});
   disk.folder("/home/ann/.local/share/Tovrin");
   disk.folder("/home/ann/Documents");
   Trasher trasher("/home/ann", {"/home/ann/projects/app/.local/share/Tovrin"}, disk);
@@ -106,24 +110,39 @@ TEST(Trasher, ChecksEachItemOnTheDiskAndGivesOneResultPerItemInOrder) {
   const std::vector<TrashResult> expected = {
       {.path = "/home/ann/old/", .bytes = 10, .outcome = Outcome::moved},
       {.path = "/home/ann/gone", .bytes = 20, .outcome = Outcome::alreadyGone},
-      {.path = "/home/ann/shortcut", .bytes = 30, .outcome = Outcome::refused,
+      {.path = "/home/ann/shortcut",
+       .bytes = 30,
+       .outcome = Outcome::refused,
        .reason = "It's a shortcut to somewhere else"},
-      {.path = "/home/ann/mnt/escape", .bytes = 40, .outcome = Outcome::refused,
+      {.path = "/home/ann/mnt/escape",
+       .bytes = 40,
+       .outcome = Outcome::refused,
        .reason = "It's outside your home folder"},
-      {.path = "/home/ann/dangling", .bytes = 50, .outcome = Outcome::refused,
+      {.path = "/home/ann/dangling",
+       .bytes = 50,
+       .outcome = Outcome::refused,
        .reason = "Tovrin couldn't find it on disk"},
-      {.path = "/home/ann/projects", .bytes = 60, .outcome = Outcome::refused,
+      {.path = "/home/ann/projects",
+       .bytes = 60,
+       .outcome = Outcome::refused,
        .reason = "It holds Tovrin, which Tovrin keeps safe"},
-      {.path = "/home/ann/media", .bytes = 70, .outcome = Outcome::refused,
+      {.path = "/home/ann/media",
+       .bytes = 70,
+       .outcome = Outcome::refused,
        .reason = "It holds usb, which Tovrin keeps safe"},
-      {.path = "/home/ann/Documents", .bytes = 80, .outcome = Outcome::refused,
+      {.path = "/home/ann/Documents",
+       .bytes = 80,
+       .outcome = Outcome::refused,
        .reason = "It's one of your main folders"},
       {.path = "//home/ann/./notes.txt", .bytes = 90, .outcome = Outcome::moved},
-      {.path = "/home/ann/notes.txt/", .bytes = 100, .outcome = Outcome::refused,
+      {.path = "/home/ann/notes.txt/",
+       .bytes = 100,
+       .outcome = Outcome::refused,
        .reason = "Tovrin couldn't find it on disk"},
   };
   EXPECT_EQ(trasher.trash(items), expected);
-  EXPECT_EQ(disk.acted, (std::vector<std::string>{"trash /home/ann/old", "trash /home/ann/notes.txt"}));
+  EXPECT_EQ(disk.acted,
+            (std::vector<std::string>{"trash /home/ann/old", "trash /home/ann/notes.txt"}));
 }
 
 TEST(Trasher, DeletesForGoodOnlyWhereTheCatalogSaysItRebuilds) {
@@ -154,10 +173,14 @@ TEST(Trasher, ADiskThatFailsGivesFailedResultsAndTheNextItemIsStillTried) {
   disk.file("/home/ann/a");
   disk.file("/home/ann/.cache/b");
   Trasher trasher("/home/ann", dataFolders(), disk);
-  EXPECT_EQ(trasher.trash({{.path = "/home/ann/a", .bytes = 1}, {.path = "/home/ann/a", .bytes = 1}}),
-            (std::vector<TrashResult>(2, {.path = "/home/ann/a", .bytes = 1, .outcome = Outcome::failed,
-                                          .reason = "Permission denied"})));
-  const auto deleted = trasher.perform({{.path = "/home/ann/.cache/b", .bytes = 2}}, CleanAction::delete_);
+  EXPECT_EQ(
+      trasher.trash({{.path = "/home/ann/a", .bytes = 1}, {.path = "/home/ann/a", .bytes = 1}}),
+      (std::vector<TrashResult>(2, {.path = "/home/ann/a",
+                                    .bytes = 1,
+                                    .outcome = Outcome::failed,
+                                    .reason = "Permission denied"})));
+  const auto deleted =
+      trasher.perform({{.path = "/home/ann/.cache/b", .bytes = 2}}, CleanAction::delete_);
   EXPECT_EQ(deleted.at(0).outcome, Outcome::failed);
   EXPECT_EQ(deleted.at(0).reason, "Read-only file system");
   EXPECT_EQ(disk.acted.size(), 3u);
@@ -165,14 +188,17 @@ TEST(Trasher, ADiskThatFailsGivesFailedResultsAndTheNextItemIsStillTried) {
 
 TEST(Trasher, ReadsAHomeReachedThroughALinkInItsOwnSpelling) {
   FakeDisk disk;
-  disk.nodes["/home/ann"] = {.entry = {.isSymlink = true, .isDirectory = false}, .resolved = "/data/ann"};
+  disk.nodes["/home/ann"] = {.entry = {.isSymlink = true, .isDirectory = false},
+                             .resolved = "/data/ann"};
   disk.file("/home/ann/x", "/data/ann/x");
   disk.file("/home/ann/y", "/data/ann/.local/share/Tovrin/history.sqlite");
   disk.file("/home/ann/z", "/data/bob/z");
-  disk.nodes["/home/ann/.local/share/Tovrin"] = {.entry = {}, .resolved = "/data/ann/.local/share/Tovrin"};
+  disk.nodes["/home/ann/.local/share/Tovrin"] = {.entry = {},
+                                                 .resolved = "/data/ann/.local/share/Tovrin"};
   Trasher trasher("/home/ann", dataFolders(), disk);
   EXPECT_EQ(trasher.resolvedHome(), "/data/ann");
-  const auto results = trasher.trash({{.path = "/home/ann/x"}, {.path = "/home/ann/y"}, {.path = "/home/ann/z"}});
+  const auto results =
+      trasher.trash({{.path = "/home/ann/x"}, {.path = "/home/ann/y"}, {.path = "/home/ann/z"}});
   EXPECT_EQ(results[0].outcome, Outcome::moved);
   EXPECT_EQ(results[1].reason, "Tovrin needs it to run");
   EXPECT_EQ(results[2].reason, "It's outside your home folder");
@@ -197,7 +223,8 @@ TEST(Trasher, OnTheLiveDiskMovesWhatIsAllowedAndTrashCliSeesIt) {
                                     {.path = scratch.home + "/keep-link/"},
                                     {.path = outside},
                                     {.path = scratch.home + "/projects/old"}});
-  const auto deleted = trasher.perform({{.path = scratch.home + "/.cache/tool"}}, CleanAction::delete_);
+  const auto deleted =
+      trasher.perform({{.path = scratch.home + "/.cache/tool"}}, CleanAction::delete_);
 
   // Picked as a folder, then swapped for a link to outside home, or given a protected folder,
   // before the trasher runs: refused at the last moment.
@@ -207,7 +234,8 @@ TEST(Trasher, OnTheLiveDiskMovesWhatIsAllowedAndTrashCliSeesIt) {
   fs::create_directory_symlink(fs::path(outside).parent_path(), scratch.home + "/picked");
   fs::create_directories(scratch.home + "/grows/.local/share/Tovrin");
   Trasher late(scratch.home, {scratch.home + "/grows/.local/share/Tovrin"}, disk);
-  const auto lastMoment = late.trash({{.path = scratch.home + "/picked"}, {.path = scratch.home + "/grows"}});
+  const auto lastMoment =
+      late.trash({{.path = scratch.home + "/picked"}, {.path = scratch.home + "/grows"}});
   EXPECT_EQ(lastMoment[0].reason, "It's a shortcut to somewhere else");
   EXPECT_EQ(lastMoment[1].reason, "It holds Tovrin, which Tovrin keeps safe");
   EXPECT_TRUE(fs::exists(scratch.home + "/grows/a"));
