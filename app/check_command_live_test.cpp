@@ -110,8 +110,9 @@ TEST(CheckCommandLive, SeesAProgramSpinningOnOneCore) {
   });
   ASSERT_NE(app, snapshot->apps.end());
   EXPECT_EQ(app->name, "yes");
-  // A whole core when the machine is idle; other work on a shared machine takes some of it.
-  EXPECT_GT(app->cpuCores, 0.2);
+  // A whole core on an idle machine; on a shared, overloaded one it gets its fair share of the
+  // processors, which is still far above the nothing an idle program shows.
+  EXPECT_GT(app->cpuCores, 0.02);
   EXPECT_LE(app->cpuCores, 1.05);
 }
 

@@ -256,17 +256,20 @@ bool JSONTreeReader::finishNode() {
   return true;
 }
 
+bool JSONTreeReader::endSkipped() {
+  if (skipDepth_ > 0) {
+    --skipDepth_;
+  } else {
+    stack_.pop_back();
+  }
+  return true;
+}
+
 bool JSONTreeReader::end_object() {
   if (stack_.empty()) return false;
   Level& level = stack_.back();
   switch (level.context) {
-    case Context::skipped:
-      if (skipDepth_ > 0) {
-        --skipDepth_;
-      } else {
-        stack_.pop_back();
-      }
-      return true;
+    case Context::skipped: return endSkipped();
     case Context::node: return finishNode();
     case Context::top:
       stack_.pop_back();
@@ -312,13 +315,7 @@ bool JSONTreeReader::end_array() {
   if (stack_.empty()) return false;
   Level& level = stack_.back();
   switch (level.context) {
-    case Context::skipped:
-      if (skipDepth_ > 0) {
-        --skipDepth_;
-      } else {
-        stack_.pop_back();
-      }
-      return true;
+    case Context::skipped: return endSkipped();
     case Context::children: stack_.pop_back(); return true;
     case Context::markers: {
       std::vector<std::string> markers = std::move(*level.node.markers);

@@ -72,6 +72,8 @@ class JSONTreeReader : public nlohmann::json_sax<nlohmann::json> {
   bool nodeScalar(Level& level, const Scalar& value);
   bool topScalar(Level& level, const Scalar& value);
   bool finishNode();
+  // The end of an object or array inside a value that is passed over.
+  bool endSkipped();
 
   Shape shape_;
   std::vector<Level> stack_;
