@@ -9,6 +9,7 @@
 #include "probe/cpu_reader.h"
 #include "probe/low_power_mode.h"
 #include "probe/memory_reader.h"
+#include "probe/power_profile.h"
 #include "probe/proc_file.h"
 
 namespace pellwin {
@@ -116,7 +117,11 @@ bool SystemReader::lowPowerMode(double now) {
   if (lastLowPower_ && stillFresh(lastLowPower_->second, now, lowPowerInterval)) {
     return lastLowPower_->first;
   }
-  const bool on = LowPowerMode::platformProfileIsLowPower(roots_.sys);
+  // The daemon's profile when it runs (it sets the firmware's profile itself); the firmware's
+  // when it does not.
+  const auto profile = PowerProfile::activeProfile(roots_.systemBus);
+  const bool on = profile ? *profile == "power-saver"
+                          : LowPowerMode::platformProfileIsLowPower(roots_.sys);
   lastLowPower_ = {on, now};
   return on;
 }

@@ -36,6 +36,8 @@ class SystemReader {
     std::vector<std::filesystem::path> dataDirs{};
     std::vector<std::filesystem::path> searchPath{};
     std::string locale;
+    // The D-Bus address where power-profiles-daemon is asked; empty: the system bus.
+    std::string systemBus;
   };
   // Seconds since 1970. The default reads the system clock.
   using Clock = std::function<double()>;

@@ -46,7 +46,10 @@ struct Machine {
   double now = 1'700'001'000;
   SystemReader reader;
   Machine()
-      : reader(SystemReader::Roots{.proc = root / "proc", .sys = root / "sys", .volume = root / "volume"},
+      : reader(SystemReader::Roots{.proc = root / "proc",
+                                   .sys = root / "sys",
+                                   .volume = root / "volume",
+                                   .systemBus = "unix:path=" + (root / "no-bus").string()},
                SystemReader::Options{.clock = [this] { return now; }, .pageSize = 4096,
                                      .ticksPerSecond = 100}) {
     writeMachine(root);
