@@ -57,6 +57,8 @@ std::string withoutDeletedMark(std::string path) {
   return path;
 }
 
+bool isMemoryFile(std::string_view path) { return path.starts_with("/memfd:"); }
+
 }  // namespace
 
 ProcessReader::ProcessReader(std::filesystem::path procRoot, std::uint64_t ticksPerSecond,
@@ -211,6 +213,10 @@ void ProcessReader::makeIdentity(int procFd, std::int32_t pid, const ProcessStat
   facts.pid = pid;
   facts.kernelThread = (stat.flags & kernelThreadFlag) != 0;
   facts.path = withoutDeletedMark(tracked.executable);
+  // A program run from memory (memfd_create, then execveat) has no file: its exe link and
+  // its comm both name the memfd, so only its first argument says what it is.
+  const bool fromMemory = isMemoryFile(facts.path);
+  if (fromMemory) facts.path.clear();
   facts.name = facts.path.empty() ? tracked.comm : lastComponent(facts.path);
   if (const auto boot = bootTime()) {
     facts.startTime = *boot + static_cast<double>(stat.startTicks) /
@@ -226,6 +232,9 @@ void ProcessReader::makeIdentity(int procFd, std::int32_t pid, const ProcessStat
     if (facts.path.find("code_sign_clone") != std::string::npos && !facts.arguments.empty() &&
         facts.arguments.front().find(".app/") != std::string::npos) {
       facts.path = facts.arguments.front();
+    }
+    if (fromMemory && !facts.arguments.empty() && !facts.arguments.front().empty()) {
+      facts.name = lastComponent(facts.arguments.front());
     }
   }
   tracked.facts = std::move(facts);

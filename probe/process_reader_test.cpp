@@ -39,6 +39,8 @@ TEST(ProcessReader, ReadsEveryProcessWithItsCountersAndIdentity) {
                              .arguments = {"worker", "--fast"}, .cwd = "/home/user/src"});
   writeProcess(folder.root, {.pid = 200, .comm = "Web (Content) ) (x", .exe = ""});
   writeProcess(folder.root, {.pid = 300, .comm = "thing", .exe = "/opt/app/bin/thing (deleted)"});
+  writeProcess(folder.root, {.pid = 400, .comm = "memfd:sealed-91", .exe = "/memfd:sealed-91173221 (deleted)",
+                             .arguments = {"tools/backend", "--uid", "0"}});
   writeProcess(folder.root, {.pid = 2, .comm = "kworker/0:1-events", .parent = 0,
                              .flags = 0x00208040, .exe = "", .arguments = {}, .cwd = ""});
   folder.root.write("proc/self/stat", "not a process folder");
@@ -46,7 +48,7 @@ TEST(ProcessReader, ReadsEveryProcessWithItsCountersAndIdentity) {
 
   ProcessReader reader(folder.proc(), hz);
   const auto samples = reader.read(0);
-  ASSERT_EQ(samples.size(), 4u);
+  ASSERT_EQ(samples.size(), 5u);
 
   const ProcessSample* worker = find(samples, 100);
   ASSERT_NE(worker, nullptr);
@@ -69,6 +71,12 @@ TEST(ProcessReader, ReadsEveryProcessWithItsCountersAndIdentity) {
 
   ASSERT_NE(find(samples, 300), nullptr);
   EXPECT_EQ(find(samples, 300)->path, "/opt/app/bin/thing");
+
+  // Run from memory: no file to show, and its first argument is the only real name it has.
+  const ProcessSample* fromMemory = find(samples, 400);
+  ASSERT_NE(fromMemory, nullptr);
+  EXPECT_EQ(fromMemory->name, "backend");
+  EXPECT_EQ(fromMemory->path, "");
 
   const ProcessSample* kernel = find(samples, 2);
   ASSERT_NE(kernel, nullptr);
