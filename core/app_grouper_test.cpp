@@ -187,7 +187,7 @@ TEST(AppGrouper, KernelThreadsFoldIntoTheirFamiliesAndTheRestIntoTheKernel) {
   Grouping g;
   const char* threads[] = {
       "kworker/u16:2+flush-259:0", "kworker/3:1H-kblockd", "kswapd0", "rcu_preempt", "migration/0",
-      "jbd2/nvme0n1p2-8"};
+      "jbd2/nvme0n1p2-8", "kcompactd0", "khugepaged", "ksoftirqd/0", "irq/9-acpi"};
   std::int32_t pid = 100;
   for (const char* name : threads) {
     g.add(process(pid++, name, ""));
@@ -203,6 +203,8 @@ TEST(AppGrouper, KernelThreadsFoldIntoTheirFamiliesAndTheRestIntoTheKernel) {
       {"proc:kworker", {"Kernel workers", 2}},    {"proc:kswapd", {"Memory reclaimer", 1}},
       {"proc:kthreadd", {"Linux kernel", 2}},     {"proc:jbd2", {"File system", 1}},
       {"proc:kworker/evil", {"kworker/evil", 1}},
+      // Families that show the same name are one entry.
+      {"proc:kcompactd", {"Memory defragmenter", 2}}, {"proc:ksoftirqd", {"Interrupt handling", 2}},
   };
   EXPECT_EQ(byKey, expected);
   for (const AppUsage& app : apps) {

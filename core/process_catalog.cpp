@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <map>
 #include <unordered_map>
 #include <vector>
 
@@ -413,16 +414,31 @@ const std::array<std::vector<const Row*>, 256>& familyRows() {
   return rows;
 }
 
+// Rows of one entry are one part of the system to the user (kcompactd and khugepaged are both
+// the memory defragmenter), so they share the key of the entry's first row.
+std::string_view sharedKey(const KnownProcess& entry) {
+  static const auto keys = [] {
+    std::map<std::pair<std::string_view, std::string_view>, std::string_view> byEntry;
+    for (const Row& row : kRows) {
+      byEntry.emplace(std::pair(row.entry.name, row.entry.explanation),
+                      row.match == Match::exact ? row.pattern : familyKey(row.pattern));
+    }
+    return byEntry;
+  }();
+  return keys.at({entry.name, entry.explanation});
+}
+
 std::optional<CatalogMatch> matchName(std::string_view name, bool kernelThread) {
   if (name.empty()) return std::nullopt;
   const auto& exact = exactRows();
   if (auto it = exact.find(name); it != exact.end()) {
-    return CatalogMatch{.key = it->first, .entry = it->second->entry};
+    const KnownProcess& entry = it->second->entry;
+    return CatalogMatch{.key = sharedKey(entry), .entry = entry};
   }
   for (const Row* row : familyRows()[static_cast<unsigned char>(name.front())]) {
     if (row->match == Match::kernelPrefix && !kernelThread) continue;
     if (name.starts_with(row->pattern)) {
-      return CatalogMatch{.key = familyKey(row->pattern), .entry = row->entry};
+      return CatalogMatch{.key = sharedKey(row->entry), .entry = row->entry};
     }
   }
   return std::nullopt;

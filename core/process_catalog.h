@@ -20,7 +20,8 @@ struct KnownProcess {
 };
 
 // A catalog row that a process stands for. `key` is the row's process name; processes whose
-// names vary (kernel workers, "gsd-…" services) share one key so they fold into one entry.
+// names vary (kernel workers, "gsd-…" services), and the rows of one entry, share one key so
+// they fold into one entry.
 struct CatalogMatch {
   std::string_view key{};
   KnownProcess entry{};
