@@ -147,6 +147,7 @@ TEST(QuickClean, ARunningScriptIsSeenByItsOwnNameInTheLiveProcessList) {
   const pid_t child = ::fork();
   ASSERT_GE(child, 0);
   if (child == 0) {
+    ::setpgid(0, 0);  // its own group, so the sleep it starts ends with it
     ::execl("/bin/sh", "sh", script.c_str(), static_cast<char*>(nullptr));
     ::_exit(127);
   }
@@ -156,7 +157,9 @@ TEST(QuickClean, ARunningScriptIsSeenByItsOwnNameInTheLiveProcessList) {
     std::this_thread::sleep_for(std::chrono::milliseconds(50));
     running = readRunningSet(Environment{.procRoot = "/proc"}, 0);
   }
-  ::kill(child, SIGTERM);
+  // The shell would wait out its sleep before acting on a polite signal.
+  ::kill(-child, SIGKILL);
+  ::kill(child, SIGKILL);
   ::waitpid(child, nullptr, 0);
   EXPECT_TRUE(running.names.contains("pip3"));
   EXPECT_TRUE(running.names.contains("pellwin_app_tests"));
