@@ -7,8 +7,8 @@
 
 #include "app/clean_plan_report.h"
 #include "app/history_recorder.h"
+#include "app/removal_guards.h"
 #include "app/system_calendar.h"
-#include "core/data_folder.h"
 #include "probe/freedesktop_trash.h"
 #include "probe/live_removal_disk.h"
 #include "probe/process_reader.h"
@@ -36,8 +36,7 @@ RunningSet readRunningSet(const Environment& environment, double now) {
 std::vector<TrashResult> removeBatch(const Environment& environment, const CleanBatch& batch) {
   const std::string dataHome = applicationSupport(environment);
   LiveRemovalDisk disk(FreedesktopTrash(dataHome, ::getuid()));
-  const Trasher trasher(environment.home, DataFolder::protectedPaths(environment.home, dataHome),
-                        disk);
+  const Trasher trasher(environment.home, removalGuards(environment), disk);
   std::vector<TrashItem> items;
   items.reserve(batch.items.size());
   for (const CleanItem& item : batch.items) items.push_back({.path = item.path, .bytes = item.bytes});

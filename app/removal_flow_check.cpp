@@ -45,8 +45,8 @@ class Flow {
         root_(scratch.folder()),
         scanner_(home_),
         disk_(FreedesktopTrash(dataHome_, ::getuid())) {
-    extras_ = DataFolder::protectedPaths(home_, dataHome_);
-    for (const char* kept : {"/keep", "/holder/vault"}) extras_.push_back(root_ + kept);
+    guards_.kept = DataFolder::protectedPaths(home_, dataHome_);
+    for (const char* kept : {"/keep", "/holder/vault"}) guards_.kept.push_back(root_ + kept);
   }
 
   Problem run() {
@@ -107,7 +107,7 @@ class Flow {
         {"/holder", "It holds vault, which Tovrin keeps safe"},
     };
     for (const auto& p : picks) {
-      const auto got = selection_.add(node(before_, p.name), home_, extras_);
+      const auto got = selection_.add(node(before_, p.name), home_, guards_);
       const auto wanted =
           p.refusal ? std::optional(RemovalRefusal{.reason = *p.refusal}) : std::nullopt;
       if (got != wanted)
@@ -128,7 +128,7 @@ class Flow {
     if (selection_.totalBytes() != sum)
       return std::string("the delete list's total counts something twice");
     for (const char* name : {"/nested/inner", "/holder/other.bin"}) {
-      if (auto refused = later_.add(node(before_, name), home_, extras_))
+      if (auto refused = later_.add(node(before_, name), home_, guards_))
         return "picking " + std::string(name + 1) + " gave " + said(refused);
     }
     return std::nullopt;
@@ -150,7 +150,7 @@ class Flow {
     for (const SizeNode& item : selection_.items())
       items.push_back({.path = item.path, .bytes = item.bytes});
     items.push_back({.path = root_ + "/link", .bytes = 0});
-    const Trasher trasher(home_, extras_, disk_);
+    const Trasher trasher(home_, guards_, disk_);
     const auto results = trasher.trash(items);
 
     const std::pair<Outcome, std::string> wanted[] = {
@@ -215,10 +215,10 @@ class Flow {
       return "the rescan counts " + std::to_string(after.bytes) + " bytes, the flow expects " +
              std::to_string(expected.bytes + added - rootBlocks_ - nestedBlocks_);
     }
-    selection_.reconcile(after, home_, extras_);
+    selection_.reconcile(after, home_, guards_);
     if (!selection_.isEmpty())
       return "the delete list still holds " + selection_.items().front().name + " after the rescan";
-    later_.reconcile(after, home_, extras_);
+    later_.reconcile(after, home_, guards_);
     if (later_.count() != 2 || later_.totalBytes() != node(after, "/nested/inner").bytes +
                                                           node(after, "/holder/other.bin").bytes) {
       return std::string("reconciling dropped or mis-sized items that are still there");
@@ -230,7 +230,7 @@ class Flow {
   std::string home_;
   std::string dataHome_;
   std::string root_;
-  std::vector<std::string> extras_;
+  RemovalGuards guards_;
   DiskScanner scanner_;
   LiveRemovalDisk disk_;
   SizeNode before_;

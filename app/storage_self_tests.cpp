@@ -46,7 +46,7 @@ int check(SelfTestScratch& scratch, const std::string& home, const std::string& 
   fs::create_symlink("../file.bin", folder + "/sub/link", error);
 
   LiveRemovalDisk disk(FreedesktopTrash(dataHome, ::getuid()));
-  const Trasher trasher(home, DataFolder::protectedPaths(home, dataHome), disk);
+  const Trasher trasher(home, {.kept = DataFolder::protectedPaths(home, dataHome)}, disk);
   const auto results = trasher.trash({{.path = folder + "/file.bin", .bytes = 4096},
                                       {.path = folder + "/sub", .bytes = 8192},
                                       {.path = *outside + "/outside.txt", .bytes = 10}});

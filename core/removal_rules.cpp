@@ -117,15 +117,17 @@ std::vector<std::string> components(std::string_view path) {
   return parts;
 }
 
-std::vector<std::vector<std::string>> splitExtras(const std::vector<std::string>& protectedExtras) {
-  std::vector<Parts> split;
-  split.reserve(protectedExtras.size());
-  for (const std::string& extra : protectedExtras) split.push_back(components(extra));
+SplitGuards split(const RemovalGuards& guards) {
+  SplitGuards split;
+  for (const std::string& kept : guards.kept) split.kept.push_back(components(kept));
+  for (const std::string& folder : guards.mainFolders) {
+    split.mainFolders.push_back(components(folder));
+  }
   return split;
 }
 
 std::optional<RemovalRefusal> refusal(std::string_view path, std::string_view home,
-                                      const std::vector<std::vector<std::string>>& extras) {
+                                      const SplitGuards& guards) {
   const Parts exact = exactComponents(path);
   if (isMalformed(path, exact)) return refuse("The path isn't valid");
 
@@ -141,20 +143,21 @@ std::optional<RemovalRefusal> refusal(std::string_view path, std::string_view ho
   const std::span<const std::string> rest(
       all.begin() + static_cast<std::ptrdiff_t>(homeParts.size()), all.end());
   if (rest.empty()) return refuse("It's your home folder");
-  if (rest.size() == 1 &&
-      (isOneOf(rest[0], topLevelFolders) || isOneOf(rest[0], linuxTopLevelFolders))) {
+  if ((rest.size() == 1 &&
+       (isOneOf(rest[0], topLevelFolders) || isOneOf(rest[0], linuxTopLevelFolders))) ||
+      std::ranges::find(guards.mainFolders, all) != guards.mainFolders.end()) {
     return refuse("It's one of your main folders");
   }
-  return refusalInsideHome(all, rest, extras);
+  return refusalInsideHome(all, rest, guards.kept);
 }
 
 std::optional<RemovalRefusal> verdict(std::string_view path, std::string_view home, bool isSymlink,
                                       std::optional<std::string_view> resolvedPath,
-                                      const std::vector<std::string>& protectedExtras) {
+                                      const RemovalGuards& guards) {
   if (isSymlink) return refuse("It's a shortcut to somewhere else");
-  const std::vector<Parts> extras = splitExtras(protectedExtras);
-  if (auto refused = refusal(path, home, extras)) return refused;
-  if (resolvedPath && *resolvedPath != path) return refusal(*resolvedPath, home, extras);
+  const SplitGuards split = RemovalRules::split(guards);
+  if (auto refused = refusal(path, home, split)) return refused;
+  if (resolvedPath && *resolvedPath != path) return refusal(*resolvedPath, home, split);
   return std::nullopt;
 }
 

@@ -16,7 +16,24 @@ struct RemovalRefusal {
   friend bool operator==(const RemovalRefusal&, const RemovalRefusal&) = default;
 };
 
+// What this machine protects beyond the fixed rules, as absolute paths.
+struct RemovalGuards {
+  // Never removed, nor anything inside them: at least Tovrin's data folders.
+  std::vector<std::string> kept{};
+  // The user's own folders as the desktop names them (the XDG user folders, often localised,
+  // such as ~/Dokumente or a Music folder moved to ~/Media/Music): never removed themselves,
+  // though what is inside them may go.
+  std::vector<std::string> mainFolders{};
+  friend bool operator==(const RemovalGuards&, const RemovalGuards&) = default;
+};
+
 namespace RemovalRules {
+
+// The guards with each path split by `components`, as the rules compare them.
+struct SplitGuards {
+  std::vector<std::vector<std::string>> kept{};
+  std::vector<std::vector<std::string>> mainFolders{};
+};
 
 // Lower-case folder names. The first four sets are the macOS layout, kept in force on Linux.
 inline constexpr std::array<std::string_view, 9> topLevelFolders = {
@@ -71,19 +88,18 @@ inline constexpr std::string_view linuxTrashFolder = ".local/share/trash";
 // lower-cased.
 [[nodiscard]] std::vector<std::string> components(std::string_view path);
 
-// The rules for one path. `extras` are the protected paths, each already split by `components`.
+// The rules for one path, with the guards already split.
 // Whether a path is inside home is decided on exact, case-sensitive components (Linux file
 // names are case-sensitive, so "/HOME/ann" is not inside "/home/ann"); every protection below
 // that compares lower-case components, which only ever refuses more.
-[[nodiscard]] std::optional<RemovalRefusal> refusal(
-    std::string_view path, std::string_view home,
-    const std::vector<std::vector<std::string>>& extras);
+[[nodiscard]] std::optional<RemovalRefusal> refusal(std::string_view path, std::string_view home,
+                                                    const SplitGuards& guards);
 
 // The entry point for a path as the user sees it: a symbolic link is refused whatever it points
 // to; otherwise the path and, when given and different, its resolved path are both tested.
 [[nodiscard]] std::optional<RemovalRefusal> verdict(
     std::string_view path, std::string_view home, bool isSymlink,
-    std::optional<std::string_view> resolvedPath, const std::vector<std::string>& protectedExtras);
+    std::optional<std::string_view> resolvedPath, const RemovalGuards& guards);
 
 // One warning for a path, or none: the Photos and Music libraries, OrbStack, a project's change
 // history, iCloud Drive, and an app's own data folder (in Library's per-app folders, or in the
@@ -96,9 +112,7 @@ inline constexpr std::string_view linuxTrashFolder = ".local/share/trash";
 // "Firefox", "google-chrome" gives "Google Chrome", "Slack" stays "Slack".
 [[nodiscard]] std::string appDisplayName(std::string_view folderName);
 
-// `protectedExtras` each split by `components`.
-[[nodiscard]] std::vector<std::vector<std::string>> splitExtras(
-    const std::vector<std::string>& protectedExtras);
+[[nodiscard]] SplitGuards split(const RemovalGuards& guards);
 
 }  // namespace RemovalRules
 }  // namespace pellwin

@@ -16,9 +16,9 @@ struct Case {
   const char* reason;  // nullptr: allowed
 };
 
-void expectRefusals(std::string_view home, const std::vector<std::string>& extras,
+void expectRefusals(std::string_view home, const RemovalGuards& guards,
                     const std::vector<Case>& cases) {
-  const auto split = RemovalRules::splitExtras(extras);
+  const auto split = RemovalRules::split(guards);
   for (const Case& c : cases) {
     SCOPED_TRACE(std::string(c.why) + ": " + c.path);
     const auto refused = RemovalRules::refusal(c.path, home, split);
@@ -41,7 +41,7 @@ constexpr const char* needed = "Tovrin needs it to run";
 TEST(RemovalRules, RefusesWithTheSentenceOfTheFirstRuleThatMatchesOnTheMacLayout) {
   const std::string home = "/Users/ann";
   expectRefusals(
-      home, DataFolder::protectedPaths(home, home + "/.local/share"),
+      home, {.kept = DataFolder::protectedPaths(home, home + "/.local/share")},
       {
           {"home itself", "/Users/ann", "It's your home folder"},
           {"a main folder", "/Users/ann/Documents", "It's one of your main folders"},
@@ -74,9 +74,17 @@ TEST(RemovalRules, RefusesWithTheSentenceOfTheFirstRuleThatMatchesOnTheMacLayout
 TEST(RemovalRules, AddsTheLinuxProtectionsWithTheSameSentences) {
   const std::string home = "/home/ann";
   expectRefusals(
-      home, DataFolder::protectedPaths(home, home + "/.local/share"),
+      home,
+      {.kept = DataFolder::protectedPaths(home, home + "/.local/share"),
+       .mainFolders = {"/home/ann/Schreibtisch", "/home/ann/Media/Musik", "/data/Bilder"}},
       {
           {"XDG Videos", "/home/ann/Videos", "It's one of your main folders"},
+          {"a localised user folder", "/home/ann/Schreibtisch/", "It's one of your main folders"},
+          {"its case does not hide it", "/home/ann/SCHREIBTISCH", "It's one of your main folders"},
+          {"inside it", "/home/ann/Schreibtisch/notes.txt", nullptr},
+          {"a user folder moved deeper", "/home/ann/Media/Musik", "It's one of your main folders"},
+          {"the folder holding it is another rule's", "/home/ann/Media", nullptr},
+          {"a user folder outside home", "/data/Bilder", outside},
           {"XDG Templates", "/home/ann/Templates", "It's one of your main folders"},
           {"inside Videos", "/home/ann/Videos/holiday.mp4", nullptr},
           {"the home trash", "/home/ann/.local/share/Trash", trash},
@@ -133,13 +141,14 @@ TEST(RemovalRules, NeverAllowsAPathOutsideHomeWhateverItsSpelling) {
     EXPECT_EQ(RemovalRules::refusal("/home/ann/x", home, {}), RemovalRefusal{.reason = outside});
   }
   // An empty protected path is a caller's mistake: it refuses everything rather than nothing.
-  EXPECT_EQ(RemovalRules::refusal("/home/ann/x", "/home/ann", {{}}),
+  EXPECT_EQ(RemovalRules::refusal("/home/ann/x", "/home/ann", {.kept = {{}}}),
             RemovalRefusal{.reason = needed});
 }
 
 TEST(RemovalRules, VerdictRefusesLinksAndTestsTheResolvedPathToo) {
   const std::string home = "/home/ann";
-  const std::vector<std::string> extras = {"/home/ann/.local/share/Tovrin"};
+  const RemovalGuards guards{.kept = {"/home/ann/.local/share/Tovrin"},
+                             .mainFolders = {"/home/ann/Dokumente"}};
   const struct {
     const char* why;
     const char* path;
@@ -156,6 +165,8 @@ TEST(RemovalRules, VerdictRefusesLinksAndTestsTheResolvedPathToo) {
        needed},
       {"resolves to a main folder", "/home/ann/docs", false, "/home/ann/Documents",
        "It's one of your main folders"},
+      {"resolves to a localised main folder", "/home/ann/papers", false, "/home/ann/Dokumente",
+       "It's one of your main folders"},
       {"the path's own refusal comes first", "/home/ann/.ssh", false, "/etc",
        "It holds your security keys"},
       {"resolves inside home", "/home/ann/link/x", false, "/home/ann/real/x", nullptr},
@@ -163,7 +174,7 @@ TEST(RemovalRules, VerdictRefusesLinksAndTestsTheResolvedPathToo) {
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.why);
-    const auto refused = RemovalRules::verdict(c.path, home, c.isSymlink, c.resolved, extras);
+    const auto refused = RemovalRules::verdict(c.path, home, c.isSymlink, c.resolved, guards);
     if (c.reason == nullptr) {
       EXPECT_EQ(refused, std::nullopt);
     } else {
@@ -194,8 +205,9 @@ TEST(RemovalRules, AnAllowedPathIsAlwaysStrictlyInsideHomeForManyGeneratedSpelli
       "",       "Documents", "docs",    "x",    ".ssh",    ".local", "share",
       "Tovrin", "Trash",     ".config", "app",  "Library", "bob",    std::string("\0", 1),
       "a b",    "\xff"};
-  const auto extras =
-      RemovalRules::splitExtras(DataFolder::protectedPaths(home, home + "/.local/share"));
+  const auto guards = RemovalRules::split(
+      {.kept = DataFolder::protectedPaths(home, home + "/.local/share"),
+       .mainFolders = {"/home/ann/Documents/x"}});
   std::mt19937 random(7);
   int allowed = 0;
   for (int round = 0; round < 40000; ++round) {
@@ -207,7 +219,7 @@ TEST(RemovalRules, AnAllowedPathIsAlwaysStrictlyInsideHomeForManyGeneratedSpelli
       path += random() % 8 == 0 ? "//" : "/";
     }
     if (random() % 2 == 0 && !path.empty()) path.pop_back();
-    if (RemovalRules::refusal(path, home, extras)) continue;
+    if (RemovalRules::refusal(path, home, guards)) continue;
     ++allowed;
     SCOPED_TRACE(path);
     ASSERT_EQ(path.find('\0'), std::string::npos);

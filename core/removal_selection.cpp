@@ -62,21 +62,24 @@ bool RemovalSelection::contains(std::string_view path) const {
 }
 
 std::optional<RemovalRefusal> RemovalSelection::refusal(const SizeNode& node, std::string_view home,
-                                                        const std::vector<std::string>& extras) {
+                                                        const RemovalGuards& guards) {
   if (node.isLocked) {
     return RemovalRefusal{.reason =
                               "macOS keeps it private. Allow whole-disk scan to see and delete it"};
   }
-  if (auto refused = RemovalRules::verdict(node.path, home, false, std::nullopt, extras))
+  if (auto refused = RemovalRules::verdict(node.path, home, false, std::nullopt, guards))
     return refused;
   if (!node.isDirectory) return std::nullopt;
 
-  // The rules compare lower-case components, so the inside test does too.
+  // A guarded path may lie below where the scan did not reach. The rules compare lower-case
+  // components, so this test does too.
   const std::string below = lowered(node.path) + (node.path.ends_with('/') ? "" : "/");
-  for (const std::string& extra : extras) {
-    if (lowered(extra).starts_with(below)) return holds(lastComponent(extra));
+  for (const auto* paths : {&guards.kept, &guards.mainFolders}) {
+    for (const std::string& path : *paths) {
+      if (lowered(path).starts_with(below)) return holds(lastComponent(path));
+    }
   }
-  const auto split = RemovalRules::splitExtras(extras);
+  const auto split = RemovalRules::split(guards);
   std::optional<RemovalRefusal> found;
   forEachFolderBelow(node, [&](const SizeNode& folder) {
     if (RemovalRules::refusal(folder.path, home, split)) found = holds(folder.name);
@@ -86,8 +89,8 @@ std::optional<RemovalRefusal> RemovalSelection::refusal(const SizeNode& node, st
 }
 
 std::optional<RemovalRefusal> RemovalSelection::add(const SizeNode& node, std::string_view home,
-                                                    const std::vector<std::string>& extras) {
-  if (auto refused = refusal(node, home, extras)) return refused;
+                                                    const RemovalGuards& guards) {
+  if (auto refused = refusal(node, home, guards)) return refused;
   if (!covering(node).empty()) return std::nullopt;
   std::erase_if(items_, [&](const SizeNode& item) { return isBelow(item.path, node.path); });
   items_.push_back(node);
@@ -95,12 +98,12 @@ std::optional<RemovalRefusal> RemovalSelection::add(const SizeNode& node, std::s
 }
 
 std::optional<RemovalRefusal> RemovalSelection::toggle(const SizeNode& node, std::string_view home,
-                                                       const std::vector<std::string>& extras) {
+                                                       const RemovalGuards& guards) {
   if (contains(node.path)) {
     remove(node.path);
     return std::nullopt;
   }
-  return add(node, home, extras);
+  return add(node, home, guards);
 }
 
 void RemovalSelection::remove(std::string_view path) {
@@ -140,11 +143,11 @@ std::vector<std::string> RemovalSelection::cautions(const SizeNode& node, std::s
 }
 
 void RemovalSelection::reconcile(const SizeNode& tree, std::string_view home,
-                                 const std::vector<std::string>& extras) {
+                                 const RemovalGuards& guards) {
   std::vector<SizeNode> kept;
   for (const SizeNode& item : items_) {
     const SizeNode* now = tree.find(item.path);
-    if (now != nullptr && !refusal(*now, home, extras)) kept.push_back(*now);
+    if (now != nullptr && !refusal(*now, home, guards)) kept.push_back(*now);
   }
   items_ = std::move(kept);
 }

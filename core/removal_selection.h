@@ -30,15 +30,15 @@ class RemovalSelection {
   // Why the node may not be picked: locked, refused by the rules, or holding something the
   // rules refuse (a protected path below it, or a folder below it in the tree).
   [[nodiscard]] static std::optional<RemovalRefusal> refusal(
-      const SizeNode& node, std::string_view home, const std::vector<std::string>& extras);
+      const SizeNode& node, std::string_view home, const RemovalGuards& guards);
 
   // Picks the node unless refused. A node already covered by a picked item changes nothing;
   // picked items inside the node are taken out, and the node goes to the end.
   std::optional<RemovalRefusal> add(const SizeNode& node, std::string_view home,
-                                    const std::vector<std::string>& extras);
+                                    const RemovalGuards& guards);
   // Unpicks the node when it is picked, else adds it.
   std::optional<RemovalRefusal> toggle(const SizeNode& node, std::string_view home,
-                                       const std::vector<std::string>& extras);
+                                       const RemovalGuards& guards);
   void remove(std::string_view path);
   void clear() { items_.clear(); }
 
@@ -55,7 +55,7 @@ class RemovalSelection {
   // After a rescan: keeps only the items that still exist in `tree` and still pass the rules,
   // each taking its new node (and so its new size). The order is kept.
   void reconcile(const SizeNode& tree, std::string_view home,
-                 const std::vector<std::string>& extras);
+                 const RemovalGuards& guards);
 
   friend bool operator==(const RemovalSelection&, const RemovalSelection&) = default;
 

@@ -31,8 +31,9 @@ SizeNode locked(const std::string& path) {
   return node;
 }
 
-std::vector<std::string> extras() {
-  return DataFolder::protectedPaths(home, home + "/.local/share");
+RemovalGuards extras() {
+  return {.kept = DataFolder::protectedPaths(home, home + "/.local/share"),
+          .mainFolders = {"/home/ann/Media/Bilder"}};
 }
 
 std::vector<std::string> paths(const RemovalSelection& selection) {
@@ -70,11 +71,18 @@ TEST(RemovalSelection, RefusesLockedNodesRuleBreakersAndFoldersHoldingThem) {
     const auto refused = RemovalSelection::refusal(c.node, home, extras());
     EXPECT_EQ(refused ? std::optional(refused->reason) : std::nullopt, c.reason);
   }
-  // A protected path below the node, whether or not the tree shows it.
-  const std::vector<std::string> custom = {"/home/ann/data/Tovrin"};
+  // A protected path or a main folder below the node, whether or not the tree shows it.
+  const RemovalGuards custom{.kept = {"/home/ann/data/Tovrin"},
+                             .mainFolders = {"/home/ann/Media/Bilder"}};
   EXPECT_EQ(RemovalSelection::refusal(folder("/home/ann/Data", {}), home, custom),
             RemovalRefusal{.reason = "It holds Tovrin, which Tovrin keeps safe"});
   EXPECT_EQ(RemovalSelection::refusal(folder("/home/ann/dat", {}), home, custom), std::nullopt);
+  EXPECT_EQ(RemovalSelection::refusal(folder("/home/ann/media", {}), home, custom),
+            RemovalRefusal{.reason = "It holds Bilder, which Tovrin keeps safe"});
+  EXPECT_EQ(RemovalSelection::refusal(folder("/home/ann/Media/Bilder", {}), home, custom),
+            RemovalRefusal{.reason = "It's one of your main folders"});
+  EXPECT_EQ(RemovalSelection::refusal(folder("/home/ann/Media/Bilder/2024", {}), home, custom),
+            std::nullopt);
 }
 
 TEST(RemovalSelection, NeverHoldsOneItemInsideAnotherSoNothingCountsTwice) {

@@ -45,15 +45,20 @@ TrashResult result(const TrashItem& item, TrashResult::Outcome outcome, std::str
 
 }  // namespace
 
-Trasher::Trasher(std::string home, std::vector<std::string> protectedExtras, RemovalDisk& disk)
-    : home_(tidy(home)), protectedExtras_(std::move(protectedExtras)), disk_(disk) {
+Trasher::Trasher(std::string home, RemovalGuards guards, RemovalDisk& disk)
+    : home_(tidy(home)), guards_(std::move(guards)), disk_(disk) {
   resolvedHome_ = disk_.resolve(home_).value_or(home_);
-  checkedExtras_ = protectedExtras_;
-  for (const std::string& extra : protectedExtras_) {
-    if (auto resolved = disk_.resolve(extra); resolved && *resolved != extra) {
-      checkedExtras_.push_back(homeSpelling(*resolved));
+  checkedGuards_ = guards_;
+  // A guarded folder reached through a link is guarded where it really is, too.
+  auto addResolved = [&](const std::vector<std::string>& paths, std::vector<std::string>& checked) {
+    for (const std::string& path : paths) {
+      if (auto resolved = disk_.resolve(path); resolved && *resolved != path) {
+        checked.push_back(homeSpelling(*resolved));
+      }
     }
-  }
+  };
+  addResolved(guards_.kept, checkedGuards_.kept);
+  addResolved(guards_.mainFolders, checkedGuards_.mainFolders);
 }
 
 std::string Trasher::homeSpelling(const std::string& resolved) const {
@@ -81,12 +86,12 @@ std::vector<TrashResult> Trasher::perform(const std::vector<TrashItem>& items,
 
 std::expected<std::optional<std::string>, std::string> Trasher::hazardInside(
     const std::string& resolvedFolder) const {
-  const auto extras = RemovalRules::splitExtras(checkedExtras_);
+  const auto split = RemovalRules::split(checkedGuards_);
   const auto found = disk_.findSubfolder(resolvedFolder, [&](const RemovalDisk::Subfolder& folder) {
     // Another disk mounted inside would go to the Trash with the folder, and emptying the
     // Trash would then erase it.
     return folder.onOtherVolume ||
-           RemovalRules::refusal(homeSpelling(folder.path), home_, extras).has_value();
+           RemovalRules::refusal(homeSpelling(folder.path), home_, split).has_value();
   });
   if (!found) return std::unexpected(found.error());
   if (!*found) return std::optional<std::string>();
@@ -107,7 +112,7 @@ TrashResult Trasher::act(const TrashItem& item, CleanAction action) const {
   if (!resolved) return result(item, Outcome::refused, notFound);
 
   const std::string real = homeSpelling(*resolved);
-  if (auto refused = RemovalRules::verdict(path, home_, entry->isSymlink, real, checkedExtras_)) {
+  if (auto refused = RemovalRules::verdict(path, home_, entry->isSymlink, real, checkedGuards_)) {
     return result(item, Outcome::refused, refused->reason);
   }
   if (action == CleanAction::delete_ &&

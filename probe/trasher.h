@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "core/clean_action.h"
+#include "core/removal_rules.h"
 #include "core/trash_item.h"
 #include "probe/removal_disk.h"
 
@@ -18,9 +19,9 @@ namespace pellwin {
 
 class Trasher {
  public:
-  // `protectedExtras` are absolute paths never to be removed (at least the data folders).
-  // `disk` must outlive the trasher.
-  Trasher(std::string home, std::vector<std::string> protectedExtras, RemovalDisk& disk);
+  // `guards` are what this machine protects beyond the fixed rules (at least the data
+  // folders). `disk` must outlive the trasher.
+  Trasher(std::string home, RemovalGuards guards, RemovalDisk& disk);
 
   // Moves each item to the Trash.
   [[nodiscard]] std::vector<TrashResult> trash(const std::vector<TrashItem>& items) const;
@@ -32,7 +33,7 @@ class Trasher {
 
   [[nodiscard]] const std::string& home() const { return home_; }
   [[nodiscard]] const std::string& resolvedHome() const { return resolvedHome_; }
-  [[nodiscard]] const std::vector<std::string>& protectedExtras() const { return protectedExtras_; }
+  [[nodiscard]] const RemovalGuards& guards() const { return guards_; }
 
  private:
   [[nodiscard]] TrashResult act(const TrashItem& item, CleanAction action) const;
@@ -45,8 +46,8 @@ class Trasher {
 
   std::string home_;
   std::string resolvedHome_;
-  std::vector<std::string> protectedExtras_;
-  std::vector<std::string> checkedExtras_;  // the extras and their resolved spellings
+  RemovalGuards guards_;
+  RemovalGuards checkedGuards_;  // the guards and their resolved spellings
   RemovalDisk& disk_;
 };
 

@@ -163,9 +163,9 @@ TEST(TrasherProperty, NothingOutsideTheAllowedSetIsEverRemovedWhateverThePathSpe
     if (mount.mounted()) write(layout.home + "/usb/stuff/file", "on another volume");
     const std::vector<std::string> existing = everything(layout.home);
     LiveRemovalDisk disk(FreedesktopTrash(scratch.dataHome, ::getuid()));
-    auto extras = DataFolder::protectedPaths(layout.home, scratch.dataHome);
-    extras.push_back(layout.home + "/projects/keep");
-    const Trasher trasher(layout.home, extras, disk);
+    RemovalGuards guards{.kept = DataFolder::protectedPaths(layout.home, scratch.dataHome)};
+    guards.kept.push_back(layout.home + "/projects/keep");
+    const Trasher trasher(layout.home, guards, disk);
     std::mt19937 random(20261121 + round);
 
     for (int i = 0; i < 60; ++i) {

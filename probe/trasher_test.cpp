@@ -72,8 +72,8 @@ class FakeDisk final : public RemovalDisk {
   }
 };
 
-std::vector<std::string> dataFolders() {
-  return DataFolder::protectedPaths("/home/ann", "/home/ann/.local/share");
+RemovalGuards dataFolders() {
+  return {.kept = DataFolder::protectedPaths("/home/ann", "/home/ann/.local/share")};
 }
 
 TEST(Trasher, ChecksEachItemOnTheDiskAndGivesOneResultPerItemInOrder) {
@@ -93,7 +93,7 @@ TEST(Trasher, ChecksEachItemOnTheDiskAndGivesOneResultPerItemInOrder) {
               {{.path = "/home/ann/media/usb", .name = "usb", .onOtherVolume = true}});
   disk.folder("/home/ann/.local/share/Tovrin");
   disk.folder("/home/ann/Documents");
-  Trasher trasher("/home/ann", {"/home/ann/projects/app/.local/share/Tovrin"}, disk);
+  Trasher trasher("/home/ann", {.kept = {"/home/ann/projects/app/.local/share/Tovrin"}}, disk);
 
   const std::vector<TrashItem> items = {
       {.path = "/home/ann/old/", .bytes = 10},
@@ -217,7 +217,7 @@ TEST(Trasher, OnTheLiveDiskMovesWhatIsAllowedAndTrashCliSeesIt) {
   const std::string outside = fs::canonical(scratch.scratch.path()).string() + "/outside.txt";
 
   LiveRemovalDisk disk(FreedesktopTrash(scratch.dataHome, ::getuid()));
-  Trasher trasher(scratch.home, {scratch.home + "/projects/keep/.local/share/Tovrin"}, disk);
+  Trasher trasher(scratch.home, {.kept = {scratch.home + "/projects/keep/.local/share/Tovrin"}}, disk);
   const auto moved = trasher.trash({{.path = scratch.home + "/projects/old"},
                                     {.path = scratch.home + "/projects/keep"},
                                     {.path = scratch.home + "/keep-link/"},
@@ -233,12 +233,26 @@ TEST(Trasher, OnTheLiveDiskMovesWhatIsAllowedAndTrashCliSeesIt) {
   fs::rename(scratch.home + "/picked", scratch.home + "/picked-away");
   fs::create_directory_symlink(fs::path(outside).parent_path(), scratch.home + "/picked");
   fs::create_directories(scratch.home + "/grows/.local/share/Tovrin");
-  Trasher late(scratch.home, {scratch.home + "/grows/.local/share/Tovrin"}, disk);
-  const auto lastMoment =
-      late.trash({{.path = scratch.home + "/picked"}, {.path = scratch.home + "/grows"}});
+  // The user's own folders, one moved deeper and one reached through a link.
+  scratch.scratch.write("home/Media/Musik/song.ogg", "la");
+  scratch.scratch.write("home/Sync/Pictures/cat.png", "cat");
+  fs::create_directory_symlink(scratch.home + "/Sync/Pictures", scratch.home + "/Bilder");
+  Trasher late(scratch.home,
+               {.kept = {scratch.home + "/grows/.local/share/Tovrin"},
+                .mainFolders = {scratch.home + "/Media/Musik", scratch.home + "/Bilder"}},
+               disk);
+  const auto lastMoment = late.trash(
+      {{.path = scratch.home + "/picked"}, {.path = scratch.home + "/grows"},
+       {.path = scratch.home + "/Media"}, {.path = scratch.home + "/Media/Musik"},
+       {.path = scratch.home + "/Sync/Pictures"}, {.path = scratch.home + "/Media/Musik/song.ogg"}});
   EXPECT_EQ(lastMoment[0].reason, "It's a shortcut to somewhere else");
   EXPECT_EQ(lastMoment[1].reason, "It holds Tovrin, which Tovrin keeps safe");
+  EXPECT_EQ(lastMoment[2].reason, "It holds Musik, which Tovrin keeps safe");
+  EXPECT_EQ(lastMoment[3].reason, "It's one of your main folders");
+  EXPECT_EQ(lastMoment[4].reason, "It's one of your main folders");
+  EXPECT_EQ(lastMoment[5].outcome, Outcome::moved);
   EXPECT_TRUE(fs::exists(scratch.home + "/grows/a"));
+  EXPECT_TRUE(fs::exists(scratch.home + "/Sync/Pictures/cat.png"));
 
   EXPECT_EQ(moved[0].outcome, Outcome::moved);
   EXPECT_EQ(moved[1].reason, "It holds Tovrin, which Tovrin keeps safe");
