@@ -36,7 +36,8 @@ RunningSet readRunningSet(const Environment& environment, double now) {
 std::vector<TrashResult> removeBatch(const Environment& environment, const CleanBatch& batch) {
   const std::string dataHome = applicationSupport(environment);
   LiveRemovalDisk disk(FreedesktopTrash(dataHome, ::getuid()));
-  const Trasher trasher(environment.home, removalGuards(environment), disk);
+  const Trasher trasher(environment.home, removalGuards(environment), disk,
+                        LinuxCleanerCatalog::movedBases(cleanerPlaces(environment)));
   std::vector<TrashItem> items;
   items.reserve(batch.items.size());
   for (const CleanItem& item : batch.items) items.push_back({.path = item.path, .bytes = item.bytes});

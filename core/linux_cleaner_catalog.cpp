@@ -189,4 +189,27 @@ std::vector<CleanGroup> groups(const CleanerPlaces& places) {
   return {developerCaches(b), appCaches(b), oldLogs(b), ideCaches(b), debugSymbols(b)};
 }
 
+std::vector<MovedFolder> movedBases(const CleanerPlaces& places) {
+  const Bases b = bases(places);
+  const std::string home(withoutTrailingSlashes(places.home));
+  std::vector<MovedFolder> moved;
+  for (const auto& [base, standard] : {std::pair{&b.cache, ".cache"}, {&b.config, ".config"},
+                                       {&b.data, ".local/share"}, {&b.state, ".local/state"}}) {
+    if (*base && **base != standard) {
+      moved.push_back({.actual = home + "/" + **base, .standard = home + "/" + standard});
+    }
+  }
+  return moved;
+}
+
+std::string standardPath(const std::string& path, const std::vector<MovedFolder>& moved) {
+  for (const MovedFolder& base : moved) {
+    if (path.size() > base.actual.size() + 1 && path.starts_with(base.actual) &&
+        path[base.actual.size()] == '/') {
+      return base.standard + path.substr(base.actual.size());
+    }
+  }
+  return path;
+}
+
 }  // namespace pellwin::LinuxCleanerCatalog

@@ -22,6 +22,14 @@ struct CleanerPlaces {
   friend bool operator==(const CleanerPlaces&, const CleanerPlaces&) = default;
 };
 
+// An XDG base folder that the environment moved: where it is, and the standard place (the one
+// the folder catalog knows) it stands for. Both absolute.
+struct MovedFolder {
+  std::string actual{};
+  std::string standard{};
+  friend bool operator==(const MovedFolder&, const MovedFolder&) = default;
+};
+
 namespace LinuxCleanerCatalog {
 
 // The groups, in order: developer-caches, app-caches, old-logs, ide-caches, debug-symbols.
@@ -29,6 +37,16 @@ namespace LinuxCleanerCatalog {
 // under it: nothing outside home is ever cleaned. Children of the cache folder that hold one
 // of the other base folders are never app caches.
 [[nodiscard]] std::vector<CleanGroup> groups(const CleanerPlaces& places);
+
+// The base folders that the variables move to another usable place inside home, in the order
+// cache, config, data, state; those left at their standard place, or unusable, are left out.
+[[nodiscard]] std::vector<MovedFolder> movedBases(const CleanerPlaces& places);
+
+// The path as it would be spelled in the standard place of the first moved base strictly
+// containing it; the path itself when none does. Paths are compared as given, so both sides
+// should be tidy (no "//", "." or trailing "/").
+[[nodiscard]] std::string standardPath(const std::string& path,
+                                       const std::vector<MovedFolder>& moved);
 
 }  // namespace LinuxCleanerCatalog
 }  // namespace pellwin

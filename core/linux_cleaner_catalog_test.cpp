@@ -147,3 +147,43 @@ TEST(LinuxCleanerCatalog, EverythingDeletedForGoodIsCleanableInTheFolderCatalog)
 
 }  // namespace
 }  // namespace pellwin
+
+namespace pellwin {
+namespace {
+
+// Moved base folders: whatever quick clean deletes for good in them, the folder catalog calls
+// cleanable once the path is spelled in the standard place, as the trasher judges it.
+TEST(LinuxCleanerCatalog, EverythingDeletedForGoodInMovedBasesIsCleanableInTheStandardPlace) {
+  const std::string home = "/home/ann";
+  const CleanerPlaces places{.home = home,
+                             .xdgCacheHome = "/home/ann/var/cache/",
+                             .xdgConfigHome = "/home/ann/etc",
+                             .xdgDataHome = "/home/ann/data",
+                             .xdgStateHome = "/home/ann/.local/state"};
+  const auto moved = LinuxCleanerCatalog::movedBases(places);
+  const std::vector<MovedFolder> expected = {
+      {.actual = "/home/ann/var/cache", .standard = "/home/ann/.cache"},
+      {.actual = "/home/ann/etc", .standard = "/home/ann/.config"},
+      {.actual = "/home/ann/data", .standard = "/home/ann/.local/share"}};
+  EXPECT_EQ(moved, expected) << "the state folder is in its standard place";
+  EXPECT_EQ(LinuxCleanerCatalog::standardPath("/home/ann/var/cache", moved), "/home/ann/var/cache");
+  EXPECT_EQ(LinuxCleanerCatalog::standardPath("/home/ann/var/cachet/x", moved),
+            "/home/ann/var/cachet/x");
+  EXPECT_TRUE(LinuxCleanerCatalog::movedBases({.home = home, .xdgCacheHome = "/tmp/c"}).empty());
+
+  int checked = 0;
+  for (const CleanGroup& group : LinuxCleanerCatalog::groups(places)) {
+    if (group.action != CleanAction::delete_) continue;
+    for (const CleanSource& source : group.sources) {
+      std::string path = home + "/" + source.path;
+      if (source.eachChild) path += "/some-child";
+      const std::string standard = LinuxCleanerCatalog::standardPath(path, moved);
+      checked += standard != path;
+      EXPECT_TRUE(FolderCatalog::isCleanable(standard, home)) << group.id << ": " << path;
+    }
+  }
+  EXPECT_GT(checked, 3);
+}
+
+}  // namespace
+}  // namespace pellwin

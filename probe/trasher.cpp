@@ -45,7 +45,8 @@ TrashResult result(const TrashItem& item, TrashResult::Outcome outcome, std::str
 
 }  // namespace
 
-Trasher::Trasher(std::string home, RemovalGuards guards, RemovalDisk& disk)
+Trasher::Trasher(std::string home, RemovalGuards guards, RemovalDisk& disk,
+                 std::vector<MovedFolder> movedBases)
     : home_(tidy(home)), guards_(std::move(guards)), disk_(disk) {
   resolvedHome_ = disk_.resolve(home_).value_or(home_);
   checkedGuards_ = guards_;
@@ -59,6 +60,18 @@ Trasher::Trasher(std::string home, RemovalGuards guards, RemovalDisk& disk)
   };
   addResolved(guards_.kept, checkedGuards_.kept);
   addResolved(guards_.mainFolders, checkedGuards_.mainFolders);
+  // A base moved onto a folder the rules protect (XDG_CACHE_HOME=~/Documents) must not make
+  // that folder's contents deletable for good.
+  const auto split = RemovalRules::split(checkedGuards_);
+  for (MovedFolder& moved : movedBases) {
+    moved = {.actual = tidy(moved.actual), .standard = tidy(moved.standard)};
+    if (!RemovalRules::refusal(moved.actual, home_, split)) movedBases_.push_back(std::move(moved));
+  }
+}
+
+bool Trasher::isCleanable(const std::string& path) const {
+  return FolderCatalog::isCleanable(path, home_) ||
+         FolderCatalog::isCleanable(LinuxCleanerCatalog::standardPath(path, movedBases_), home_);
 }
 
 std::string Trasher::homeSpelling(const std::string& resolved) const {
@@ -116,7 +129,7 @@ TrashResult Trasher::act(const TrashItem& item, CleanAction action) const {
     return result(item, Outcome::refused, refused->reason);
   }
   if (action == CleanAction::delete_ &&
-      (!FolderCatalog::isCleanable(path, home_) || !FolderCatalog::isCleanable(real, home_))) {
+      (!isCleanable(path) || !isCleanable(real))) {
     return result(item, Outcome::refused, onlyCaches);
   }
   if (entry->isDirectory) {

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "core/clean_action.h"
+#include "core/linux_cleaner_catalog.h"
 #include "core/removal_rules.h"
 #include "core/trash_item.h"
 #include "probe/removal_disk.h"
@@ -20,8 +21,10 @@ namespace pellwin {
 class Trasher {
  public:
   // `guards` are what this machine protects beyond the fixed rules (at least the data
-  // folders). `disk` must outlive the trasher.
-  Trasher(std::string home, RemovalGuards guards, RemovalDisk& disk);
+  // folders). `movedBases` are the XDG base folders the environment moved: a path inside one
+  // is judged cleanable as if it were in the standard place. `disk` must outlive the trasher.
+  Trasher(std::string home, RemovalGuards guards, RemovalDisk& disk,
+          std::vector<MovedFolder> movedBases = {});
 
   // Moves each item to the Trash.
   [[nodiscard]] std::vector<TrashResult> trash(const std::vector<TrashItem>& items) const;
@@ -41,6 +44,8 @@ class Trasher {
   // folder could not be searched.
   [[nodiscard]] std::expected<std::optional<std::string>, std::string> hazardInside(
       const std::string& resolvedFolder) const;
+  // Whether the folder catalog lets the path be deleted for good, in its standard place.
+  [[nodiscard]] bool isCleanable(const std::string& path) const;
   // A resolved path inside the resolved home, spelled from `home` so the rules recognise it.
   [[nodiscard]] std::string homeSpelling(const std::string& resolved) const;
 
@@ -48,6 +53,7 @@ class Trasher {
   std::string resolvedHome_;
   RemovalGuards guards_;
   RemovalGuards checkedGuards_;  // the guards and their resolved spellings
+  std::vector<MovedFolder> movedBases_;
   RemovalDisk& disk_;
 };
 

@@ -167,6 +167,28 @@ TEST(Trasher, DeletesForGoodOnlyWhereTheCatalogSaysItRebuilds) {
   EXPECT_EQ(disk.acted, (std::vector<std::string>{"delete /home/ann/.cache/thumbnails"}));
 }
 
+TEST(Trasher, JudgesAMovedCacheFolderAsTheStandardOne) {
+  FakeDisk disk;
+  disk.folder("/home/ann/xcache/pip");
+  disk.folder("/home/ann/xcache");
+  disk.folder("/home/ann/Documents/thumbnails");
+  disk.folder("/home/ann/.cache/thumbnails");
+  // XDG_CACHE_HOME=~/xcache, and a config home moved onto a main folder.
+  Trasher trasher("/home/ann", dataFolders(), disk,
+                  {{.actual = "/home/ann//xcache/", .standard = "/home/ann/.cache"},
+                   {.actual = "/home/ann/Documents", .standard = "/home/ann/.cache"}});
+  const auto results = trasher.perform({{.path = "/home/ann/xcache/pip"},
+                                        {.path = "/home/ann/xcache"},
+                                        {.path = "/home/ann/Documents/thumbnails"},
+                                        {.path = "/home/ann/.cache/thumbnails"}},
+                                       CleanAction::delete_);
+  ASSERT_EQ(results.size(), 4u);
+  EXPECT_EQ(results[0].outcome, Outcome::deleted);
+  EXPECT_EQ(results[1].reason, "Tovrin only deletes caches and logs for good") << "the base itself";
+  EXPECT_EQ(results[2].reason, "Tovrin only deletes caches and logs for good");
+  EXPECT_EQ(results[3].outcome, Outcome::deleted);
+}
+
 TEST(Trasher, ADiskThatFailsGivesFailedResultsAndTheNextItemIsStillTried) {
   FakeDisk disk;
   disk.failing = true;
