@@ -29,6 +29,8 @@ class FileDescriptor {
     if (fd_ >= 0) ::close(fd_);
     fd_ = -1;
   }
+  // Gives up ownership: the caller closes the descriptor.
+  [[nodiscard]] int release() { return std::exchange(fd_, -1); }
 
  private:
   int fd_ = -1;

@@ -13,18 +13,6 @@
 
 namespace pellwin {
 
-FileDescriptor::~FileDescriptor() {
-  if (fd_ >= 0) ::close(fd_);
-}
-
-FileDescriptor& FileDescriptor::operator=(FileDescriptor&& other) noexcept {
-  if (this != &other) {
-    if (fd_ >= 0) ::close(fd_);
-    fd_ = other.release();
-  }
-  return *this;
-}
-
 std::string describeError(int error) { return std::strerror(error); }
 
 std::expected<FileDescriptor, int> openFolderWithoutLinks(std::string_view absolutePath,

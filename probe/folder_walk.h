@@ -11,30 +11,9 @@
 #include <string>
 #include <string_view>
 
+#include "probe/file_descriptor.h"
+
 namespace pellwin {
-
-// Owns one file descriptor and closes it.
-class FileDescriptor {
- public:
-  FileDescriptor() = default;
-  explicit FileDescriptor(int fd) : fd_(fd) {}
-  ~FileDescriptor();
-  FileDescriptor(FileDescriptor&& other) noexcept : fd_(other.release()) {}
-  FileDescriptor& operator=(FileDescriptor&& other) noexcept;
-  FileDescriptor(const FileDescriptor&) = delete;
-  FileDescriptor& operator=(const FileDescriptor&) = delete;
-
-  [[nodiscard]] int get() const { return fd_; }
-  [[nodiscard]] bool valid() const { return fd_ >= 0; }
-  int release() {
-    const int fd = fd_;
-    fd_ = -1;
-    return fd;
-  }
-
- private:
-  int fd_ = -1;
-};
 
 // Opens an absolute path one component at a time with O_NOFOLLOW, so a symbolic link anywhere
 // in it fails the open (ELOOP or ENOTDIR). Every folder on the way is opened with O_PATH, which
