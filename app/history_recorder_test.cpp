@@ -18,6 +18,7 @@
 namespace pellwin {
 namespace {
 
+using testing::fileBytes;
 using testing::ScratchFolder;
 
 // The owner's thread of a test: closures posted by the recorder wait here until run.
@@ -89,11 +90,6 @@ Snapshot snapshotAt(double time) {
 }
 
 const std::map<Resource, Health> kMemoryRed = {{Resource::memory, Health::problem}};
-
-std::string fileBytes(const std::filesystem::path& path) {
-  std::ifstream in(path, std::ios::binary);
-  return std::string(std::istreambuf_iterator<char>(in), {});
-}
 
 TEST(HistoryRecorder, StoreURLTakesTheSwitchOrTheDataFolder) {
   EXPECT_EQ(HistoryRecorder::storeURL(std::nullopt, "/home/me/.local/share/Tovrin"),

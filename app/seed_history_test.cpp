@@ -14,11 +14,7 @@ namespace pellwin {
 namespace {
 
 using testing::ScratchFolder;
-
-std::string fileBytes(const std::filesystem::path& path) {
-  std::ifstream in(path, std::ios::binary);
-  return std::string(std::istreambuf_iterator<char>(in), {});
-}
+using testing::fileBytes;
 
 template <class T>
 std::vector<T> column(const HistoryStore& store, const std::string& sql) {

@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <string>
 #include <string_view>
 
@@ -49,5 +50,11 @@ class ScratchFolder {
  private:
   std::filesystem::path path_;
 };
+
+// A file's whole contents, byte for byte; empty when it cannot be read.
+inline std::string fileBytes(const std::filesystem::path& path) {
+  std::ifstream in(path, std::ios::binary);
+  return std::string(std::istreambuf_iterator<char>(in), {});
+}
 
 }  // namespace pellwin::testing

@@ -12,11 +12,7 @@ namespace pellwin {
 namespace {
 
 using testing::ScratchFolder;
-
-std::string fileBytes(const std::filesystem::path& path) {
-  std::ifstream in(path, std::ios::binary);
-  return std::string(std::istreambuf_iterator<char>(in), {});
-}
+using testing::fileBytes;
 
 std::vector<std::string> strings(const SQLiteDatabase& db, const std::string& sql) {
   return db.query<std::string>(sql, {}, [](const SQLiteStatement& r) { return r.text(0); })
