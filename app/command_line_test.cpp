@@ -5,7 +5,7 @@
 #include <sstream>
 
 #include "app/entry.h"
-#include "probe/scratch_folder.h"
+#include "testing/scratch_folder.h"
 
 namespace pellwin {
 namespace {

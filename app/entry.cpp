@@ -4,20 +4,16 @@
 #include <ostream>
 #include <thread>
 
-#include "app/check_command.h"
-#include "app/history_recorder.h"
-#include "app/seed_history.h"
-#include "app/storage_check_command.h"
+#include "app/commands/check_command.h"
+#include "app/models/history_recorder.h"
+#include "app/commands/seed_history.h"
+#include "app/commands/storage_check_command.h"
 #include "app/system_calendar.h"
 #include "app/system_roots.h"
-#include "core/data_folder.h"
-#include "probe/app_data_folder.h"
+#include "core/base/data_folder.h"
+#include "probe/files/app_data_folder.h"
 
 namespace pellwin {
-
-std::string applicationSupport(const Environment& environment) {
-  return DataFolder::applicationSupport(environment.home, environment.xdgDataHome);
-}
 
 void migrateDataFolder(const Environment& environment, std::ostream& err) {
   auto moved = AppDataFolder::migrate(applicationSupport(environment));

@@ -7,25 +7,9 @@
 #include <string>
 
 #include "app/command_line.h"
+#include "app/environment.h"
 
 namespace pellwin {
-
-struct Environment {
-  std::string home;                        // the user's home folder
-  std::optional<std::string> xdgDataHome;  // $XDG_DATA_HOME, absent when unset
-  std::optional<std::string> xdgCacheHome;   // $XDG_CACHE_HOME, absent when unset
-  std::optional<std::string> xdgConfigHome;  // $XDG_CONFIG_HOME, absent when unset
-  std::optional<std::string> xdgStateHome;   // $XDG_STATE_HOME, absent when unset
-  std::string procRoot = "/proc";
-  std::string sysRoot = "/sys";
-  std::optional<std::string> xdgDataDirs;  // $XDG_DATA_DIRS, absent when unset
-  std::string searchPath;                  // $PATH
-  std::string messagesLocale;              // $LC_ALL, else $LC_MESSAGES, else $LANG
-  bool errIsTerminal = false;  // standard error is a terminal: progress may be shown there
-};
-
-// The data folder's parent for this environment (the XDG data home).
-[[nodiscard]] std::string applicationSupport(const Environment& environment);
 
 // Moves the data folder to its current name; a failure is reported on `err` and start-up
 // carries on.

@@ -1,7 +1,7 @@
 #include "app/removal_guards.h"
 
-#include "core/data_folder.h"
-#include "core/user_folders.h"
+#include "core/base/data_folder.h"
+#include "core/base/user_folders.h"
 #include "probe/proc_file.h"
 
 namespace pellwin {

@@ -2,8 +2,8 @@
 // both layouts, and the user's own folders as named in the XDG user-dirs.dirs file.
 #pragma once
 
-#include "app/entry.h"
-#include "core/removal_rules.h"
+#include "app/environment.h"
+#include "core/space/removal_rules.h"
 
 namespace pellwin {
 

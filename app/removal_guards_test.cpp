@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "core/data_folder.h"
-#include "probe/scratch_folder.h"
+#include "core/base/data_folder.h"
+#include "testing/scratch_folder.h"
 
 namespace pellwin {
 namespace {

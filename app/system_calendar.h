@@ -3,7 +3,7 @@
 // zone has been loaded (the first call loads it).
 #pragma once
 
-#include "core/calendar.h"
+#include "core/base/calendar.h"
 
 namespace pellwin {
 

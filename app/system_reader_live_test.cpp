@@ -14,7 +14,7 @@
 #include <thread>
 
 #include "app/system_roots.h"
-#include "probe/system_reader.h"
+#include "probe/system/system_reader.h"
 
 extern char** environ;
 

@@ -2,8 +2,8 @@
 // environment, the start-up volume, and the folders where desktop apps are found.
 #pragma once
 
-#include "app/entry.h"
-#include "probe/system_reader.h"
+#include "app/environment.h"
+#include "probe/system/system_reader.h"
 
 namespace pellwin {
 

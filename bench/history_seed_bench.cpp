@@ -5,8 +5,8 @@
 #include <filesystem>
 #include <sstream>
 
-#include "app/seed_history.h"
-#include "probe/scratch_folder.h"
+#include "app/commands/seed_history.h"
+#include "testing/scratch_folder.h"
 
 namespace pellwin {
 namespace {

@@ -3,8 +3,8 @@
 // rows and the five day rows). Each iteration writes new keys into a growing file.
 #include <benchmark/benchmark.h>
 
-#include "core/rollup_output.h"
-#include "probe/scratch_folder.h"
+#include "core/history/rollup_output.h"
+#include "testing/scratch_folder.h"
 #include "store/history_store.h"
 
 namespace pellwin {

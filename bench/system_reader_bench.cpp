@@ -20,7 +20,7 @@
 #include <vector>
 
 #include "app/system_roots.h"
-#include "probe/system_reader.h"
+#include "probe/system/system_reader.h"
 
 extern char** environ;
 

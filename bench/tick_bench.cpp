@@ -6,10 +6,10 @@
 #include <string>
 #include <vector>
 
-#include "core/diagnoser.h"
-#include "core/snapshot_builder.h"
-#include "core/snapshot_window.h"
-#include "core/stabilizer.h"
+#include "core/monitor/diagnoser.h"
+#include "core/monitor/snapshot_builder.h"
+#include "core/monitor/snapshot_window.h"
+#include "core/monitor/stabilizer.h"
 
 namespace pellwin {
 namespace {

@@ -18,7 +18,7 @@
 #include <string>
 #include <vector>
 
-#include "probe/disk_scanner.h"
+#include "probe/files/disk_scanner.h"
 
 namespace {
 

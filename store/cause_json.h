@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "core/day_row.h"
+#include "core/history/day_row.h"
 
 namespace pellwin {
 

@@ -11,13 +11,13 @@
 #include <string>
 #include <vector>
 
-#include "core/alert_row.h"
-#include "core/day_row.h"
-#include "core/episode_row.h"
-#include "core/history_point.h"
-#include "core/minute_row.h"
-#include "core/rollup_output.h"
-#include "core/sample_row.h"
+#include "core/history/alert_row.h"
+#include "core/history/day_row.h"
+#include "core/history/episode_row.h"
+#include "core/history/history_point.h"
+#include "core/history/minute_row.h"
+#include "core/history/rollup_output.h"
+#include "core/history/sample_row.h"
 #include "store/history_store_error.h"
 #include "store/schema.h"
 #include "store/sqlite_database.h"

@@ -8,7 +8,7 @@
 #include <chrono>
 #include <thread>
 
-#include "probe/scratch_folder.h"
+#include "testing/scratch_folder.h"
 #include "store/history_store.h"
 
 namespace pellwin {

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "probe/scratch_folder.h"
+#include "testing/scratch_folder.h"
 #include "store/cause_json.h"
 #include "store/retention.h"
 

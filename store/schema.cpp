@@ -1,7 +1,7 @@
 #include "store/schema.h"
 
-#include "core/history_metric.h"
-#include "core/resource.h"
+#include "core/history/history_metric.h"
+#include "core/monitor/resource.h"
 #include "store/transaction.h"
 
 namespace pellwin {

@@ -5,7 +5,7 @@
 #include <fstream>
 #include <iterator>
 
-#include "probe/scratch_folder.h"
+#include "testing/scratch_folder.h"
 #include "store/history_store.h"
 
 namespace pellwin {

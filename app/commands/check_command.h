@@ -1,0 +1,30 @@
+// `tovrin --check`: two readings two seconds apart, then the machine's state, its busiest apps
+// and the health of each resource, printed to standard output. Writes nothing to disk.
+#pragma once
+
+#include <functional>
+#include <iosfwd>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "core/monitor/readings.h"
+#include "core/monitor/resource.h"
+#include "core/monitor/snapshot.h"
+
+namespace pellwin::CheckCommand {
+
+// At most this many app lines are printed.
+inline constexpr std::size_t maxAppLines = 10;
+
+// The lines printed for a snapshot and the health judged from it, without line ends. Names and
+// command lines are made printable: other programs choose them freely.
+[[nodiscard]] std::vector<std::string> lines(const Snapshot& snapshot,
+                                             const std::map<Resource, Health>& health);
+
+// Takes a reading, waits two seconds with `sleep`, takes another, and prints their snapshot,
+// or a sentence saying why there is none.
+void run(const std::function<SystemSample()>& read,
+         const std::function<void(double seconds)>& sleep, std::ostream& out);
+
+}  // namespace pellwin::CheckCommand

@@ -1,0 +1,89 @@
+#include "app/commands/storage_self_tests.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <sstream>
+
+#include "testing/trash_test_support.h"
+
+namespace pellwin {
+namespace {
+
+namespace fs = std::filesystem;
+
+// Every path under `root`, links not followed, with a file's size: enough to see that a run
+// left nothing behind and changed nothing.
+std::vector<std::string> inventory(const std::string& root) {
+  std::vector<std::string> found;
+  std::error_code error;
+  if (!fs::exists(root, error)) return found;
+  for (auto it = fs::recursive_directory_iterator(root, error);
+       it != fs::recursive_directory_iterator(); it.increment(error)) {
+    const auto status = it->symlink_status(error);
+    found.push_back(it->path().string() + (fs::is_regular_file(status)
+                                               ? " " + std::to_string(it->file_size(error))
+                                               : ""));
+  }
+  std::ranges::sort(found);
+  return found;
+}
+
+TEST(TrashSelfTest, PassesOnAFreshHomeAndLeavesNoTraceNotEvenATrash) {
+  testing::ScratchHome scratch;
+  std::ostringstream out;
+  EXPECT_EQ(runTrashSelfTest(scratch.home, scratch.dataHome, out), 0);
+  EXPECT_EQ(out.str(), "trash-test ok\n");
+  EXPECT_TRUE(inventory(scratch.home).empty()) << inventory(scratch.home).front();
+}
+
+TEST(TrashSelfTest, LeavesAnExistingTrashExactlyAsItWas) {
+  testing::ScratchHome scratch;
+  scratch.scratch.write("home/notes/old.txt", "old");
+  scratch.scratch.write("home/notes/folder/x", "x");
+  ASSERT_EQ(scratch.run("trash-put notes/old.txt notes/folder"), "");
+  const std::string sizes = scratch.trash() + "/directorysizes";
+  scratch.scratch.write("home/.local/share/Trash/directorysizes", "4096 1 folder\nnot a line\n");
+  const auto before = inventory(scratch.home);
+
+  std::ostringstream out;
+  EXPECT_EQ(runTrashSelfTest(scratch.home, scratch.dataHome, out), 0);
+  EXPECT_EQ(out.str(), "trash-test ok\n");
+  EXPECT_EQ(inventory(scratch.home), before);
+  EXPECT_EQ(scratch.run("cat '" + sizes + "'"), "4096 1 folder\nnot a line\n");
+  const std::string listing = scratch.run("trash-list");
+  EXPECT_NE(listing.find(scratch.home + "/notes/old.txt"), std::string::npos) << listing;
+}
+
+TEST(TrashSelfTest, SaysWhyWhenTheFolderCannotBeMoved) {
+  if (::geteuid() == 0) GTEST_SKIP() << "root ignores folder permissions";
+  testing::ScratchHome scratch;
+  // A data home that may not be written to: the home trash cannot be made.
+  fs::create_directories(scratch.dataHome);
+  ::chmod(scratch.dataHome.c_str(), 0555);
+  std::ostringstream out;
+  EXPECT_EQ(runTrashSelfTest(scratch.home, scratch.dataHome, out), 1);
+  EXPECT_EQ(out.str(), "trash-test failed: the folder was not moved, failed: Permission denied\n");
+  ::chmod(scratch.dataHome.c_str(), 0755);
+  EXPECT_EQ(inventory(scratch.home),
+            (std::vector<std::string>{scratch.home + "/.local", scratch.dataHome}));
+}
+
+TEST(FlowSelfTest, PassesAndLeavesTheHomeAndTheTrashAsTheyWere) {
+  testing::ScratchHome scratch;
+  scratch.scratch.write("home/notes/old.txt", "old");
+  ASSERT_EQ(scratch.run("trash-put notes/old.txt"), "");
+  const auto before = inventory(scratch.home);
+  std::ostringstream out;
+  EXPECT_EQ(runFlowSelfTest(scratch.home, scratch.dataHome, out), 0);
+  EXPECT_EQ(out.str(), "flow-test ok\n");
+  EXPECT_EQ(inventory(scratch.home), before);
+  const std::string listing = scratch.run("trash-list");
+  EXPECT_EQ(std::count(listing.begin(), listing.end(), '\n'), 1) << listing;
+}
+
+}  // namespace
+}  // namespace pellwin

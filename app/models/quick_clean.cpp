@@ -1,0 +1,62 @@
+#include "app/models/quick_clean.h"
+
+#include <unistd.h>
+
+#include "app/models/history_recorder.h"
+#include "app/removal_guards.h"
+#include "app/system_calendar.h"
+#include "probe/files/freedesktop_trash.h"
+#include "probe/files/live_removal_disk.h"
+#include "probe/system/process_reader.h"
+#include "probe/files/trasher.h"
+
+namespace pellwin {
+
+CleanerPlaces cleanerPlaces(const Environment& environment) {
+  return CleanerPlaces{.home = environment.home,
+                       .xdgCacheHome = environment.xdgCacheHome,
+                       .xdgConfigHome = environment.xdgConfigHome,
+                       .xdgDataHome = environment.xdgDataHome,
+                       .xdgStateHome = environment.xdgStateHome};
+}
+
+CleanerScanner cleanerScanner(const Environment& environment) {
+  return CleanerScanner(environment.home, LinuxCleanerCatalog::groups(cleanerPlaces(environment)));
+}
+
+RunningSet readRunningSet(const Environment& environment, double now) {
+  ProcessReader reader(environment.procRoot);
+  return RunningSet::from(reader.read(now));
+}
+
+std::vector<TrashResult> removeBatch(const Environment& environment, const CleanBatch& batch) {
+  const std::string dataHome = applicationSupport(environment);
+  LiveRemovalDisk disk(FreedesktopTrash(dataHome, ::getuid()));
+  const Trasher trasher(environment.home, removalGuards(environment), disk,
+                        LinuxCleanerCatalog::movedBases(cleanerPlaces(environment)));
+  std::vector<TrashItem> items;
+  items.reserve(batch.items.size());
+  for (const CleanItem& item : batch.items) items.push_back({.path = item.path, .bytes = item.bytes});
+  return trasher.perform(items, batch.action);
+}
+
+CleanerModel::Services quickCleanServices(const Environment& environment, HistoryRecorder& recorder,
+                                          std::function<void(std::function<void()>)> post) {
+  return CleanerModel::Services{
+      .scan =
+          [environment] {
+            const double now = systemNow();
+            return cleanerScanner(environment).plan(readRunningSet(environment, now), now);
+          },
+      .remove = [environment](const CleanBatch& batch) { return removeBatch(environment, batch); },
+      .logClean =
+          [&recorder](std::string_view rules, std::uint64_t bytesDeleted,
+                      std::uint64_t bytesTrashed, int items) {
+            recorder.logClean(std::string(rules), bytesDeleted, bytesTrashed, items);
+          },
+      .post = std::move(post),
+      .changed = nullptr,
+  };
+}
+
+}  // namespace pellwin

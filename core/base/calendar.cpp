@@ -1,0 +1,90 @@
+#include "core/base/calendar.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdio>
+
+namespace pellwin {
+
+namespace {
+
+constexpr long long kSecondsPerDay = 86400;
+
+struct CivilDate {
+  int year;
+  int month;
+  int day;
+};
+
+// Days since 1970-01-01 to the proleptic Gregorian date (H. Hinnant's civil_from_days), exact
+// for every day a double of seconds can name.
+CivilDate civilFromDays(long long days) {
+  days += 719468;
+  const long long era = (days >= 0 ? days : days - 146096) / 146097;
+  const long long dayOfEra = days - era * 146097;
+  const long long yearOfEra =
+      (dayOfEra - dayOfEra / 1460 + dayOfEra / 36524 - dayOfEra / 146096) / 365;
+  const long long dayOfYear = dayOfEra - (365 * yearOfEra + yearOfEra / 4 - yearOfEra / 100);
+  const long long shiftedMonth = (5 * dayOfYear + 2) / 153;
+  const long long day = dayOfYear - (153 * shiftedMonth + 2) / 5 + 1;
+  const long long month = shiftedMonth < 10 ? shiftedMonth + 3 : shiftedMonth - 9;
+  const long long year = yearOfEra + era * 400 + (month <= 2 ? 1 : 0);
+  return {static_cast<int>(year), static_cast<int>(month), static_cast<int>(day)};
+}
+
+long long floorDiv(long long a, long long b) {
+  return a / b - ((a % b != 0 && (a < 0) != (b < 0)) ? 1 : 0);
+}
+
+std::string keyOf(const CivilDate& date) {
+  std::array<char, 32> text{};
+  std::snprintf(text.data(), text.size(), "%04d-%02d-%02d", date.year, date.month, date.day);
+  return text.data();
+}
+
+}  // namespace
+
+Calendar Calendar::fixed(int utcOffsetSeconds) {
+  return Calendar({Offset{.from = 0, .seconds = utcOffsetSeconds}});
+}
+
+Calendar::Calendar(std::vector<Offset> offsets) : offsets_(std::move(offsets)) {
+  std::stable_sort(offsets_.begin(), offsets_.end(),
+                   [](const Offset& a, const Offset& b) { return a.from < b.from; });
+}
+
+int Calendar::utcOffset(double time) const {
+  if (offsets_.empty()) return 0;
+  auto after = std::upper_bound(offsets_.begin(), offsets_.end(), time,
+                                [](double t, const Offset& o) { return t < o.from; });
+  if (after == offsets_.begin()) return offsets_.front().seconds;
+  return std::prev(after)->seconds;
+}
+
+LocalTime Calendar::local(double time) const {
+  const long long seconds = static_cast<long long>(std::floor(time)) + utcOffset(time);
+  const long long days = floorDiv(seconds, kSecondsPerDay);
+  const long long ofDay = seconds - days * kSecondsPerDay;
+  const CivilDate date = civilFromDays(days);
+  const long long weekday = (days % 7 + 11) % 7;  // 1970-01-01 was a Thursday
+  return LocalTime{.year = date.year,
+                   .month = date.month,
+                   .day = date.day,
+                   .hour = static_cast<int>(ofDay / 3600),
+                   .minute = static_cast<int>(ofDay % 3600 / 60),
+                   .second = static_cast<int>(ofDay % 60),
+                   .weekday = static_cast<int>(weekday)};
+}
+
+std::string Calendar::dayKey(double time) const {
+  const LocalTime t = local(time);
+  return keyOf({t.year, t.month, t.day});
+}
+
+std::string Calendar::dayBeforeKey(double time) const {
+  const long long seconds = static_cast<long long>(std::floor(time)) + utcOffset(time);
+  return keyOf(civilFromDays(floorDiv(seconds, kSecondsPerDay) - 1));
+}
+
+}  // namespace pellwin

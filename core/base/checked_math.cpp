@@ -1,0 +1,22 @@
+#include "core/base/checked_math.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+
+namespace pellwin {
+
+void fatalError(std::string_view message) {
+  std::fprintf(stderr, "Fatal error: %.*s\n", static_cast<int>(message.size()), message.data());
+  std::abort();
+}
+
+std::uint64_t checkedAdd(std::uint64_t a, std::uint64_t b, std::string_view what) {
+  std::uint64_t sum = 0;
+  if (__builtin_add_overflow(a, b, &sum)) {
+    fatalError(std::string(what) + " overflowed 64 bits");
+  }
+  return sum;
+}
+
+}  // namespace pellwin

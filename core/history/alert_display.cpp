@@ -1,0 +1,64 @@
+#include "core/history/alert_display.h"
+
+#include <algorithm>
+#include <array>
+#include <regex>
+
+namespace pellwin::AlertDisplay {
+
+namespace {
+
+constexpr std::array<const char*, 7> kWeekdays = {"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
+constexpr std::array<const char*, 12> kMonths = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
+                                                 "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
+
+// "EEE d MMM".
+std::string dateLabel(double time, const Calendar& calendar) {
+  const LocalTime t = calendar.local(time);
+  return std::string(kWeekdays[static_cast<std::size_t>(t.weekday)]) + " " + std::to_string(t.day) +
+         " " + kMonths[static_cast<std::size_t>(t.month - 1)];
+}
+
+std::string dayLabel(double time, double now, const Calendar& calendar) {
+  const std::string day = calendar.dayKey(time);
+  if (day == calendar.dayKey(now)) return "Today";
+  if (day == calendar.dayBeforeKey(now)) return "Yesterday";
+  return dateLabel(time, calendar);
+}
+
+}  // namespace
+
+std::vector<Group> groups(const std::vector<AlertRow>& rows, double now, const Calendar& calendar) {
+  std::vector<Group> result;
+  for (const AlertRow& row : rows) {
+    std::string label = dayLabel(row.time, now, calendar);
+    if (result.empty() || result.back().label != label) {
+      result.push_back(Group{.label = std::move(label), .rows = {}});
+    }
+    result.back().rows.push_back(row);
+  }
+  return result;
+}
+
+std::string timeLabel(double time, const Calendar& calendar) {
+  const LocalTime t = calendar.local(time);
+  const int hour12 = t.hour % 12 == 0 ? 12 : t.hour % 12;
+  std::string label = std::to_string(hour12);
+  label.append(t.minute < 10 ? ":0" : ":").append(std::to_string(t.minute));
+  return label.append(t.hour < 12 ? " AM" : " PM");
+}
+
+double lasted(const AlertRow& row, double now) {
+  return std::max(0.0, row.cleared.value_or(now) - row.started);
+}
+
+SplitCause splitCause(std::string_view text) {
+  static const std::regex pattern(R"(^(.+) (\d+(?:\.\d+)?(?: ?(?:GB|MB|KB/s|MB/s|KB|%))?)$)");
+  std::match_results<std::string_view::const_iterator> match;
+  if (std::regex_match(text.begin(), text.end(), match, pattern)) {
+    return SplitCause{.name = match[1].str(), .value = match[2].str()};
+  }
+  return SplitCause{.name = std::string(text), .value = std::nullopt};
+}
+
+}  // namespace pellwin::AlertDisplay

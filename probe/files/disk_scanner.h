@@ -1,0 +1,87 @@
+// Walks a folder tree on one volume into a SizeNode tree of allocated sizes: every file's real
+// blocks, each hard-linked file once, links never followed, other volumes neither counted nor
+// shown, unreadable folders kept as locked nodes, items under `keepBytes` folded into their
+// folder's remainder, and categories from the folder catalog. Folders are opened relative to
+// their parent's descriptor and the walk keeps its own stack, so neither path length nor depth
+// limits it. A scan is blocking and single-threaded; run it off the UI thread.
+#pragma once
+
+#include <cstdint>
+#include <expected>
+#include <functional>
+#include <optional>
+#include <stop_token>
+#include <string>
+#include <string_view>
+
+#include "core/space/size_node.h"
+
+namespace pellwin {
+
+struct ScanProgress {
+  std::int64_t items = 0;     // directory entries listed so far in this walk
+  std::uint64_t bytes = 0;    // allocated bytes counted so far
+  std::string currentPath{};  // the folder being entered, as displayed
+  friend bool operator==(const ScanProgress&, const ScanProgress&) = default;
+};
+
+// Called at most every 0.1 s, on the scanning thread; the first folder always reports.
+using ScanProgressHandler = std::function<void(const ScanProgress&)>;
+
+struct WalkResult {
+  SizeNode tree{};
+  // Some hard-linked file inside has links outside the tree: removing the tree frees less than
+  // its size says.
+  bool sharesLinksOutside = false;
+};
+
+enum class ScanErrorKind { rootNotFound, cancelled };
+
+struct ScanError {
+  ScanErrorKind kind = ScanErrorKind::rootNotFound;
+  std::string path{};  // the root that could not be examined
+  int error = 0;       // its errno
+
+  // "No such file or directory: /x" style; "The scan was cancelled" for a cancellation.
+  [[nodiscard]] std::string description() const;
+};
+
+// A path as shown to the user: without the strip prefix, and "/" when nothing remains.
+[[nodiscard]] std::string displayPath(std::string_view path,
+                                      const std::optional<std::string>& stripPrefix);
+
+// The walk itself, without categories (every node but locked ones is left `other`): for callers
+// that want sizes only. `DiskScanner::scan` is this plus the folder catalog's categories.
+[[nodiscard]] std::expected<WalkResult, ScanError> walkTree(
+    const std::string& root, const std::optional<std::string>& stripPrefix,
+    const ScanProgressHandler& progress, std::stop_token stop = {});
+
+class DiskScanner {
+ public:
+  // Decimal bytes: an item smaller than this is folded into its folder's remainder.
+  static constexpr std::uint64_t keepBytes = 1'000'000;
+
+  // `home` is given to the folder catalog when categories are set.
+  explicit DiskScanner(std::string home) : home_(std::move(home)) {}
+
+  // Walks from `root` (a link at the root itself is followed). Trailing slashes of `root` are
+  // dropped. Cancelled through `stop` before any folder is entered; the partial tree is then
+  // discarded.
+  [[nodiscard]] std::expected<WalkResult, ScanError> scan(
+      const std::string& root, const std::optional<std::string>& stripPrefix,
+      const ScanProgressHandler& progress, std::stop_token stop = {}) const;
+
+  // Walks one folder of an earlier tree again by the same rules; the strip prefix that tree was
+  // scanned with is put back in front of the folder's display path. Splice the result in with
+  // SizeNode::replacing.
+  [[nodiscard]] std::expected<WalkResult, ScanError> rescan(
+      const SizeNode& folder, const std::optional<std::string>& stripPrefix,
+      const ScanProgressHandler& progress, std::stop_token stop = {}) const;
+
+  [[nodiscard]] const std::string& home() const { return home_; }
+
+ private:
+  std::string home_;
+};
+
+}  // namespace pellwin

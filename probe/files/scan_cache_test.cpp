@@ -1,0 +1,183 @@
+#include "probe/files/scan_cache.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <nlohmann/json.hpp>
+
+#include "testing/scratch_folder.h"
+#include "probe/files/size_node_json.h"
+
+namespace pellwin {
+namespace {
+
+namespace fs = std::filesystem;
+
+SizeNode sampleTree() {
+  return {.name = "ann",
+          .path = "/home/ann",
+          .bytes = 18'446'744'073'709'551'615ull,
+          .isDirectory = true,
+          .children = {{.name = "code",
+                        .path = "/home/ann/code",
+                        .bytes = 9'000'000,
+                        .isDirectory = true,
+                        .children = {{.name = "big.gguf",
+                                      .path = "/home/ann/code/big.gguf",
+                                      .bytes = 8'000'000,
+                                      .lastUsed = 1'700'000'000.25}},
+                        .restBytes = 999'999,
+                        .restCount = 3,
+                        .lastUsed = 1'600'000'000.0,
+                        .category = StorageCategory::developer,
+                        .markers = std::vector<std::string>{"Cargo.toml", "go.mod"}},
+                       {.name = "private",
+                        .path = "/home/ann/private",
+                        .isDirectory = true,
+                        .isLocked = true,
+                        .category = StorageCategory::system}},
+          .restBytes = 12,
+          .restCount = 1,
+          .category = StorageCategory::other};
+}
+
+CachedScan sampleScan() {
+  return {.tree = sampleTree(),
+          .scannedAt = SizeNodeJSON::referenceDateOffset + 12.5,
+          .root = "/home/ann",
+          .access = FullDiskAccess::State::denied};
+}
+
+TEST(ScanCache, RoundTripsEveryFieldInTheDesignsFormat) {
+  const CachedScan scan = sampleScan();
+  const std::string text = scan.encode();
+  EXPECT_EQ(CachedScan::decode(text), scan);
+
+  const auto json = nlohmann::json::parse(text);
+  EXPECT_EQ(json["version"], 2);
+  EXPECT_EQ(json["scannedAt"], 12.5);  // seconds since 1 January 2001
+  EXPECT_EQ(json["access"], "denied");
+  EXPECT_EQ(json["tree"]["children"][0]["category"], "developer");
+  EXPECT_EQ(json["tree"]["children"][0]["lastUsed"], 1'600'000'000.0 - 978'307'200.0);
+  EXPECT_FALSE(json["tree"].contains("lastUsed"));
+  EXPECT_FALSE(json["tree"].contains("markers"));
+}
+
+TEST(ScanCache, DecodesAFileWrittenByTheOriginalEncoder) {
+  const std::string text = R"({"root":"\/Users\/ann","access":"granted","version":2,
+    "scannedAt":700000000.5,"tree":{"restCount":0,"children":[],"isLocked":false,
+    "name":"ann","path":"\/Users\/ann","bytes":4096,"isDirectory":true,"restBytes":0,
+    "category":"other","someLaterKey":{"x":[1,{"y":2}]}}})";
+  const auto scan = CachedScan::decode(text);
+  ASSERT_TRUE(scan.has_value());
+  EXPECT_EQ(scan->root, "/Users/ann");
+  EXPECT_EQ(scan->tree.bytes, 4096u);
+  EXPECT_FALSE(scan->tree.lastUsed.has_value());
+  EXPECT_FALSE(scan->tree.markers.has_value());
+  EXPECT_DOUBLE_EQ(scan->scannedAt, 978'307'200.0 + 700'000'000.5);
+}
+
+TEST(ScanCache, RejectsWhatItCannotTrust) {
+  const std::string good = sampleScan().encode();
+  auto replaced = [&](const std::string& from, const std::string& to) {
+    std::string text = good;
+    const auto at = text.find(from);
+    EXPECT_NE(at, std::string::npos) << from;
+    return text.replace(at, from.size(), to);
+  };
+  const struct {
+    const char* why;
+    std::string text;
+  } cases[] = {
+      {"version 1", replaced("\"version\":2", "\"version\":1")},
+      {"version 3", replaced("\"version\":2", "\"version\":3")},
+      {"no restCount", replaced("\"restCount\":3,", "")},
+      {"negative bytes", replaced("\"bytes\":9000000", "\"bytes\":-9000000")},
+      {"fractional bytes", replaced("\"bytes\":9000000", "\"bytes\":9000000.5")},
+      {"unknown category", replaced("\"developer\"", "\"games\"")},
+      {"unknown access", replaced("\"denied\"", "\"maybe\"")},
+      {"marker that is not text", replaced("\"go.mod\"", "7")},
+      {"children that are not an array", replaced("\"children\":[]", "\"children\":{}")},
+      {"no root", replaced(",\"root\":\"/home/ann\"", "")},
+      {"cut short", good.substr(0, good.size() / 2)},
+      {"two values", good + good},
+      {"not JSON", "space map"},
+      {"empty", ""},
+      {"bad hex", replaced("\"name\":\"ann\"", "\"name\":\"ann\",\"nameBytes\":\"zz\"")},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.why);
+    EXPECT_EQ(CachedScan::decode(c.text), std::nullopt);
+  }
+}
+
+TEST(ScanCache, KeepsNamesThatAreNotUTF8ExactlyAndTheFileValid) {
+  CachedScan scan = sampleScan();
+  const std::string odd = std::string("caf\xe9\nline\x01\xff");
+  scan.tree.children[0].name = odd;
+  scan.tree.children[0].path = "/home/ann/" + odd;
+  scan.tree.children[0].children[0].path = "/home/ann/" + odd + "/big.gguf";
+  scan.root = "/home/\xfe";
+  const std::string text = scan.encode();
+  const auto json = nlohmann::json::parse(text);  // valid JSON, valid UTF-8
+  EXPECT_EQ(json["tree"]["children"][0]["name"], "caf\xef\xbf\xbd\nline\x01\xef\xbf\xbd");
+  EXPECT_EQ(text.find('\n'), std::string::npos);
+  EXPECT_EQ(CachedScan::decode(text), scan);
+}
+
+TEST(ScanCache, RoundTripsATreeDeeperThanAnyStack) {
+  CachedScan scan = sampleScan();
+  SizeNode* at = &scan.tree;
+  for (int i = 0; i < 20'000; ++i) {
+    at->children.push_back({.name = "d", .path = "/" + std::to_string(i), .isDirectory = true});
+    at = &at->children.back();
+  }
+  EXPECT_EQ(CachedScan::decode(scan.encode()), scan);
+}
+
+TEST(ScanCache, SavesAtomicallyAndLoadsBack) {
+  testing::ScratchFolder scratch;
+  const ScanCache cache(ScanCache::defaultPath((scratch.path() / "data/Tovrin").string()));
+  EXPECT_EQ(cache.load(), std::nullopt);
+
+  CachedScan first = sampleScan();
+  ASSERT_TRUE(cache.save(first).has_value());
+  CachedScan second = first;
+  second.tree.bytes = 42;
+  ASSERT_TRUE(cache.save(second).has_value());
+  EXPECT_EQ(cache.load(), second);
+  std::vector<std::string> files;
+  for (const auto& entry : fs::directory_iterator(scratch.path() / "data/Tovrin")) {
+    files.push_back(entry.path().filename().string());
+  }
+  EXPECT_EQ(files, std::vector<std::string>{"space-map.json"});
+
+  scratch.write("data/Tovrin/space-map.json", "{\"version\":2");
+  EXPECT_EQ(cache.load(), std::nullopt);
+}
+
+TEST(ScanCache, ReportsAFolderItCannotCreate) {
+  testing::ScratchFolder scratch;
+  scratch.write("file", "x");
+  const ScanCache cache((scratch.path() / "file/Tovrin/space-map.json").string());
+  const auto saved = cache.save(sampleScan());
+  ASSERT_FALSE(saved.has_value());
+  EXPECT_NE(saved.error().find("file/Tovrin"), std::string::npos) << saved.error();
+}
+
+TEST(SizeNodeJSON, ReadsANodeWithoutOptionalKeysAndRejectsOneWithoutRestCount) {
+  const std::string plain =
+      R"({"name":"a","path":"/a","bytes":1,"isDirectory":false,"children":[],)"
+      R"("restBytes":0,"restCount":0,"isLocked":false,"category":"other"})";
+  const auto node = SizeNodeJSON::decode(plain);
+  ASSERT_TRUE(node.has_value());
+  EXPECT_FALSE(node->lastUsed.has_value());
+  EXPECT_FALSE(node->markers.has_value());
+  std::string missing = plain;
+  missing.erase(missing.find("\"restCount\":0,"), 14);
+  EXPECT_EQ(SizeNodeJSON::decode(missing), std::nullopt);
+  EXPECT_EQ(SizeNodeJSON::decode(SizeNodeJSON::encode(sampleTree())), sampleTree());
+}
+
+}  // namespace
+}  // namespace pellwin

@@ -1,0 +1,60 @@
+// The only code that removes anything from the disk. Whatever the caller decided earlier, each
+// item is checked again on the live disk just before acting: lstat, realpath, the removal
+// rules on both spellings, the cleanable test for deleting for good, and a search inside
+// folders for anything protected. One result per item, in order; no error escapes.
+// Blocking: run it off the user-interface thread. Keeps no state between calls.
+#pragma once
+
+#include <expected>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "core/clean/clean_action.h"
+#include "core/clean/linux_cleaner_catalog.h"
+#include "core/space/removal_rules.h"
+#include "core/space/trash_item.h"
+#include "probe/files/removal_disk.h"
+
+namespace pellwin {
+
+class Trasher {
+ public:
+  // `guards` are what this machine protects beyond the fixed rules (at least the data
+  // folders). `movedBases` are the XDG base folders the environment moved: a path inside one
+  // is judged cleanable as if it were in the standard place. `disk` must outlive the trasher.
+  Trasher(std::string home, RemovalGuards guards, RemovalDisk& disk,
+          std::vector<MovedFolder> movedBases = {});
+
+  // Moves each item to the Trash.
+  [[nodiscard]] std::vector<TrashResult> trash(const std::vector<TrashItem>& items) const;
+
+  // The same with the action chosen by the caller; deleting for good is only allowed where
+  // the folder catalog marks the place cleanable.
+  [[nodiscard]] std::vector<TrashResult> perform(const std::vector<TrashItem>& items,
+                                                 CleanAction action) const;
+
+  [[nodiscard]] const std::string& home() const { return home_; }
+  [[nodiscard]] const std::string& resolvedHome() const { return resolvedHome_; }
+  [[nodiscard]] const RemovalGuards& guards() const { return guards_; }
+
+ private:
+  [[nodiscard]] TrashResult act(const TrashItem& item, CleanAction action) const;
+  // The name of the first folder inside that must stay, or nothing; an error sentence when the
+  // folder could not be searched.
+  [[nodiscard]] std::expected<std::optional<std::string>, std::string> hazardInside(
+      const std::string& resolvedFolder) const;
+  // Whether the folder catalog lets the path be deleted for good, in its standard place.
+  [[nodiscard]] bool isCleanable(const std::string& path) const;
+  // A resolved path inside the resolved home, spelled from `home` so the rules recognise it.
+  [[nodiscard]] std::string homeSpelling(const std::string& resolved) const;
+
+  std::string home_;
+  std::string resolvedHome_;
+  RemovalGuards guards_;
+  RemovalGuards checkedGuards_;  // the guards and their resolved spellings
+  std::vector<MovedFolder> movedBases_;
+  RemovalDisk& disk_;
+};
+
+}  // namespace pellwin

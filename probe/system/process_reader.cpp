@@ -1,0 +1,392 @@
+#include "probe/system/process_reader.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <charconv>
+#include <cstring>
+#include <cstdio>
+#include <memory>
+
+#include "probe/system/cgroup_unit.h"
+#include "probe/system/cpu_reader.h"
+#include "probe/file_descriptor.h"
+#include "probe/key_value_text.h"
+#include "probe/proc_file.h"
+#include "probe/text_number.h"
+
+namespace pellwin {
+
+namespace {
+
+struct DirectoryCloser {
+  void operator()(DIR* dir) const { ::closedir(dir); }
+};
+using Directory = std::unique_ptr<DIR, DirectoryCloser>;
+
+std::optional<std::int32_t> pidFromName(const char* name) {
+  const auto value = parseUnsigned(name);
+  if (!value || *value < 1 || *value > INT32_MAX) return std::nullopt;
+  return static_cast<std::int32_t>(*value);
+}
+
+// ticks × 10⁹ ÷ ticksPerSecond without overflowing on the way; 0 when the result cannot fit.
+std::uint64_t ticksToNanos(std::uint64_t ticks, std::uint64_t ticksPerSecond) {
+  constexpr std::uint64_t nanosPerSecond = 1'000'000'000;
+  const auto whole = checkedProduct(ticks / ticksPerSecond, nanosPerSecond);
+  const std::uint64_t part = (ticks % ticksPerSecond) * nanosPerSecond / ticksPerSecond;
+  const auto sum = whole ? checkedSum(*whole, part) : std::nullopt;
+  return sum.value_or(0);
+}
+
+std::uint64_t clockTicksPerSecond() {
+  const long ticks = ::sysconf(_SC_CLK_TCK);
+  return ticks > 0 ? static_cast<std::uint64_t>(ticks) : 100;
+}
+
+std::string lastComponent(const std::string& path) {
+  const auto slash = path.rfind('/');
+  return slash == std::string::npos ? path : path.substr(slash + 1);
+}
+
+// An executable replaced on disk while it runs (an upgrade) reads "/usr/bin/x (deleted)".
+std::string withoutDeletedMark(std::string path) {
+  constexpr std::string_view mark = " (deleted)";
+  if (path.ends_with(mark)) path.resize(path.size() - mark.size());
+  return path;
+}
+
+bool isMemoryFile(std::string_view path) { return path.starts_with("/memfd:"); }
+
+}  // namespace
+
+ProcessReader::ProcessReader(std::filesystem::path procRoot, std::uint64_t ticksPerSecond,
+                             BundleIdentifierCache* apps)
+    : procRoot_(std::move(procRoot)),
+      ticksPerSecond_(ticksPerSecond > 0 ? ticksPerSecond : clockTicksPerSecond()),
+      apps_(apps) {}
+
+const char* ProcessReader::pidPath(std::int32_t pid, const char* file) {
+  char* const end = pathBuffer_ + sizeof pathBuffer_;
+  char* at = std::to_chars(pathBuffer_, end, pid).ptr;
+  *at++ = '/';
+  const std::size_t length = std::min<std::size_t>(std::strlen(file), static_cast<std::size_t>(end - at) - 1);
+  std::memcpy(at, file, length);
+  at[length] = '\0';
+  return pathBuffer_;
+}
+
+std::optional<double> ProcessReader::bootTime() {
+  if (!bootTime_) {
+    if (const auto text = readTextFile(procRoot_ / "stat")) bootTime_ = parseBootTime(*text);
+  }
+  return bootTime_;
+}
+
+std::vector<ProcessSample> ProcessReader::read(double now) {
+  ++round_;
+  now_ = now;
+  const std::uint64_t generation = apps_ ? apps_->generation(now) : 0;
+  std::vector<ProcessSample> samples;
+  const Directory dir(::opendir(procRoot_.c_str()));
+  if (dir) {
+    const int procFd = ::dirfd(dir.get());
+    listProcesses(dir.get());
+    samples.reserve(pids_.size());
+    for (const auto& [pid, known] : pids_) {
+      const auto statText = readFileAt(procFd, pidPath(pid, "stat"), statBuffer_, ReadExtent::oneRecord);
+      if (!statText) continue;
+      const auto stat = parseProcessStat(*statText);
+      if (!stat) continue;
+      Tracked& tracked = trackedFor(procFd, pid, *stat, known);
+      std::optional<Usage> usage;
+      if (needsUsage(*stat, tracked)) {
+        usage = readUsage(procFd, pid);
+        if (!usage) continue;  // gone between stat and status
+      }
+      tracked.seenRound = round_;
+      tracked.parent = stat->parent;
+      if (apps_ && !tracked.facts.kernelThread) recheckApp(procFd, pid, generation, tracked);
+      updateCounters(procFd, pid, *stat, usage, tracked);
+
+      ProcessSample& sample = samples.emplace_back(tracked.facts);
+      sample.footprintBytes = tracked.footprintBytes;
+      sample.cpuTimeNanos = ticksToNanos(tracked.cpuTicks, ticksPerSecond_);
+      sample.diskReadBytes = tracked.reportedRead;
+      sample.diskWriteBytes = tracked.reportedWrite;
+      sample.wakeups = tracked.reportedSwitches;
+    }
+  }
+  prune();
+  return samples;
+}
+
+void ProcessReader::listProcesses(DIR* dir) {
+  pids_.clear();
+  while (const dirent* entry = ::readdir(dir)) {
+    const auto pid = pidFromName(entry->d_name);
+    if (!pid) continue;
+    Tracked* known = nullptr;
+    if (const auto found = tracked_.find(*pid); found != tracked_.end()) {
+      known = &found->second;
+      known->listedRound = round_;
+    }
+    pids_.emplace_back(*pid, known);
+  }
+  // Children that went away before this reading are credited before any parent is read, so
+  // the totals the kernel just added to a parent are taken off in this very reading.
+  for (auto& [pid, tracked] : tracked_) {
+    if (tracked.listedRound != round_) creditParent(tracked);
+  }
+}
+
+bool ProcessReader::needsUsage(const ProcessStat& stat, const Tracked& tracked) const {
+  // Memory, disk bytes and context switches change only while a process runs (swapping a
+  // page out moves it from RssAnon to VmSwap, leaving the footprint as it was). A process
+  // whose CPU time, page faults and thread count stand still, and that is not running now,
+  // keeps its last figures; stat's CPU time moves in steps of one tick, so a process that
+  // runs only briefly is read again at least every `usageRefresh` seconds.
+  const auto cpuTicks = checkedSum(stat.userTicks, stat.systemTicks).value_or(0);
+  return !tracked.counted || stat.state == 'R' || cpuTicks != tracked.usageCPUTicks ||
+         stat.minorFaults != tracked.minorFaults || stat.majorFaults != tracked.majorFaults ||
+         stat.threads != tracked.threads || now_ < tracked.usageReadAt ||
+         now_ - tracked.usageReadAt >= usageRefresh;
+}
+
+std::optional<ProcessReader::Usage> ProcessReader::readUsage(int procFd, std::int32_t pid) {
+  const auto statusText =
+      readFileAt(procFd, pidPath(pid, "status"), statusBuffer_, ReadExtent::oneRecord);
+  if (!statusText) return std::nullopt;
+  ProcessIO io;
+  if (const auto ioText = readFileAt(procFd, pidPath(pid, "io"), ioBuffer_, ReadExtent::oneRecord)) {
+    io = parseProcessIO(*ioText);
+  } else if (ioText.error() == ReadFailure::gone &&
+             ::faccessat(procFd, pidPath(pid, "stat"), F_OK, 0) != 0) {
+    // Gone between stat and io. (A kernel without I/O accounting has no io file at all; its
+    // processes stay, with 0 bytes.)
+    return std::nullopt;
+  }
+  return Usage{.status = parseProcessStatus(*statusText), .io = io};
+}
+
+ProcessReader::Tracked& ProcessReader::trackedFor(int procFd, std::int32_t pid,
+                                                  const ProcessStat& stat, Tracked* known) {
+  const bool kernelThread = (stat.flags & kernelThreadFlag) != 0;
+  if (known && known->startTicks == stat.startTicks) {
+    Tracked& tracked = *known;
+    if (tracked.comm == stat.comm) return tracked;
+    // A new comm: either exec (a new program in the same process) or a rename through
+    // prctl, as kernel workers do with every job. Only a new executable is a new identity.
+    if (kernelThread) {
+      tracked.comm = stat.comm;
+      tracked.facts.name = tracked.comm;
+      return tracked;
+    }
+    auto executable = readLinkAt(procFd, pidPath(pid, "exe")).value_or("");
+    if (!executable.empty() && executable == tracked.executable) {
+      tracked.comm = stat.comm;
+      return tracked;
+    }
+    makeIdentity(procFd, pid, stat, std::move(executable), tracked);
+    return tracked;
+  }
+  if (known) {
+    // The pid now belongs to a new process: the old one went away like any other.
+    creditParent(*known);
+    *known = Tracked{.listedRound = round_};
+  }
+  Tracked& tracked = tracked_[pid];
+  std::string executable;
+  if (!kernelThread) executable = readLinkAt(procFd, pidPath(pid, "exe")).value_or("");
+  makeIdentity(procFd, pid, stat, std::move(executable), tracked);
+  return tracked;
+}
+
+void ProcessReader::makeIdentity(int procFd, std::int32_t pid, const ProcessStat& stat,
+                                 std::string executable, Tracked& tracked) {
+  tracked.startTicks = stat.startTicks;
+  tracked.comm = stat.comm;
+  tracked.executable = std::move(executable);
+
+  ProcessSample facts;
+  facts.pid = pid;
+  facts.kernelThread = (stat.flags & kernelThreadFlag) != 0;
+  facts.path = withoutDeletedMark(tracked.executable);
+  // A program run from memory (memfd_create, then execveat) has no file: its exe link and
+  // its comm both name the memfd, so only its first argument says what it is.
+  const bool fromMemory = isMemoryFile(facts.path);
+  if (fromMemory) facts.path.clear();
+  facts.name = facts.path.empty() ? tracked.comm : lastComponent(facts.path);
+  if (const auto boot = bootTime()) {
+    facts.startTime = *boot + static_cast<double>(stat.startTicks) /
+                                  static_cast<double>(ticksPerSecond_);
+  }
+  // Apps are known by their bundle, command-line programs by their command line.
+  if (!facts.kernelThread && facts.path.find(".app/") == std::string::npos) {
+    if (const auto text = readFileAt(procFd, pidPath(pid, "cmdline"), otherBuffer_)) {
+      facts.arguments = parseCommandLine(*text);
+    }
+    facts.workingDirectory = readLinkAt(procFd, pidPath(pid, "cwd"));
+    // A program run from a signing clone names the real app in its first argument.
+    if (facts.path.find("code_sign_clone") != std::string::npos && !facts.arguments.empty() &&
+        facts.arguments.front().find(".app/") != std::string::npos) {
+      facts.path = facts.arguments.front();
+    }
+    if (fromMemory && !facts.arguments.empty() && !facts.arguments.front().empty()) {
+      facts.name = lastComponent(facts.arguments.front());
+    }
+  }
+  tracked.facts = std::move(facts);
+  tracked.appFacts = ProcessFacts{.controllingTerminal = stat.terminal != 0};
+  if (apps_ && !tracked.facts.kernelThread) identifyApp(procFd, pid, tracked);
+}
+
+namespace {
+
+// "[Application]\nname=org.gnome.Builder\n...": the app id of a Flatpak sandbox.
+std::string flatpakAppId(std::string_view info) {
+  bool inApplication = false;
+  std::string id;
+  forEachLine(info, [&](std::string_view line) {
+    if (line.starts_with("[")) inApplication = line == "[Application]";
+    if (inApplication && id.empty() && line.starts_with("name=")) id = line.substr(5);
+  });
+  return id;
+}
+
+// The value of NAME in a NUL-separated environment.
+std::string environmentValue(std::string_view environment, std::string_view name) {
+  for (const auto& entry : parseCommandLine(environment)) {
+    if (entry.size() > name.size() && entry.starts_with(name) && entry[name.size()] == '=') {
+      return entry.substr(name.size() + 1);
+    }
+  }
+  return {};
+}
+
+}  // namespace
+
+void ProcessReader::identifyApp(int procFd, std::int32_t pid, Tracked& tracked) {
+  ProcessFacts& facts = tracked.appFacts;
+  facts.executable = withoutDeletedMark(tracked.executable);
+  facts.arguments = tracked.facts.arguments;
+  facts.comm = tracked.comm;
+  facts.workingDirectory = tracked.facts.workingDirectory;
+  if (const auto text = readFileAt(procFd, pidPath(pid, "cgroup"), otherBuffer_)) {
+    facts.cgroup = parseCgroupPath(*text);
+  }
+  if (const auto info = readFileAt(procFd, pidPath(pid, "root/.flatpak-info"), otherBuffer_)) {
+    facts.flatpakId = flatpakAppId(*info);
+  }
+  // An AppImage runs from its own mount; only its environment names the image file.
+  if (facts.executable.starts_with("/tmp/.mount_")) {
+    if (const auto environment = readFileAt(procFd, pidPath(pid, "environ"), otherBuffer_)) {
+      facts.appImage = environmentValue(*environment, "APPIMAGE");
+    }
+  }
+  tracked.appGeneration = apps_->generation();
+  tracked.facts.app = apps_->identity(facts, now_);
+}
+
+void ProcessReader::recheckApp(int procFd, std::int32_t pid, std::uint64_t generation,
+                               Tracked& tracked) {
+  const bool young = tracked.facts.startTime && now_ >= *tracked.facts.startTime &&
+                     now_ - *tracked.facts.startTime < youngAge;
+  if (young) {
+    const auto text = readFileAt(procFd, pidPath(pid, "cgroup"), otherBuffer_);
+    const std::string cgroup = text ? parseCgroupPath(*text) : tracked.appFacts.cgroup;
+    if (cgroup != tracked.appFacts.cgroup) {
+      tracked.appFacts.cgroup = cgroup;
+      tracked.appGeneration = generation;
+      tracked.facts.app = apps_->identity(tracked.appFacts, now_);
+      return;
+    }
+  }
+  if (!tracked.facts.app && tracked.appGeneration != generation) {
+    tracked.appGeneration = generation;
+    tracked.facts.app = apps_->identity(tracked.appFacts, now_);
+  }
+}
+
+std::uint64_t ProcessReader::threadSwitches(int procFd, std::int32_t pid) {
+  const FileDescriptor taskFd(
+      ::openat(procFd, pidPath(pid, "task"), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (!taskFd.valid()) return 0;
+  // fdopendir takes the descriptor over, so it gets a duplicate of its own.
+  const Directory tasks(::fdopendir(::dup(taskFd.get())));
+  if (!tasks) return 0;
+  std::uint64_t sum = 0;
+  char taskPath[300];
+  while (const dirent* entry = ::readdir(tasks.get())) {
+    if (!pidFromName(entry->d_name)) continue;
+    std::snprintf(taskPath, sizeof taskPath, "%s/status", entry->d_name);
+    if (const auto text = readFileAt(taskFd.get(), taskPath, otherBuffer_, ReadExtent::oneRecord)) {
+      sum = checkedSum(sum, parseContextSwitches(*text)).value_or(sum);
+    }
+  }
+  return sum;
+}
+
+void ProcessReader::updateCounters(int procFd, std::int32_t pid, const ProcessStat& stat,
+                                   const std::optional<Usage>& usage, Tracked& tracked) {
+  tracked.cpuTicks = checkedSum(stat.userTicks, stat.systemTicks).value_or(tracked.cpuTicks);
+  if (!usage) return;
+  const bool ran = !tracked.counted || tracked.cpuTicks != tracked.usageCPUTicks;
+  tracked.usageReadAt = now_;
+  tracked.usageCPUTicks = tracked.cpuTicks;
+  tracked.minorFaults = stat.minorFaults;
+  tracked.majorFaults = stat.majorFaults;
+  tracked.threads = stat.threads;
+
+  const auto anonKB = checkedSum(usage->status.rssAnonKB, usage->status.vmSwapKB);
+  tracked.footprintBytes = anonKB ? checkedProduct(*anonKB, 1024).value_or(0) : 0;
+
+  // status counts the switches of the main thread only. The other threads' are summed only
+  // when the process used CPU since the last reading: an idle process cannot have woken up.
+  std::uint64_t switches = tracked.rawSwitches;
+  if (usage->status.threads <= 1) {
+    switches = checkedSum(usage->status.voluntarySwitches, usage->status.involuntarySwitches)
+                   .value_or(0);
+  } else if (ran) {
+    switches = threadSwitches(procFd, pid);
+  }
+  // Threads that end take their switches with them, so the sum may shrink; only growth counts.
+  if (!tracked.counted) {
+    tracked.reportedSwitches = switches;
+  } else if (switches > tracked.rawSwitches) {
+    tracked.reportedSwitches += switches - tracked.rawSwitches;
+  }
+  tracked.rawSwitches = switches;
+
+  tracked.rawRead = usage->io.readBytes;
+  tracked.rawWrite = usage->io.writeBytes;
+  const std::uint64_t ownRead =
+      tracked.rawRead > tracked.reapedRead ? tracked.rawRead - tracked.reapedRead : 0;
+  const std::uint64_t ownWrite =
+      tracked.rawWrite > tracked.reapedWrite ? tracked.rawWrite - tracked.reapedWrite : 0;
+  // Cumulative counters never go back, even when a child's totals were taken off before the
+  // kernel added them (the child was reaped after its parent was read).
+  tracked.reportedRead = tracked.counted ? std::max(tracked.reportedRead, ownRead) : ownRead;
+  tracked.reportedWrite = tracked.counted ? std::max(tracked.reportedWrite, ownWrite) : ownWrite;
+  tracked.counted = true;
+}
+
+void ProcessReader::creditParent(Tracked& gone) {
+  if (gone.credited) return;
+  gone.credited = true;
+  const auto parent = tracked_.find(gone.parent);
+  if (parent == tracked_.end() || &parent->second == &gone) return;
+  Tracked& p = parent->second;
+  p.reapedRead = checkedSum(p.reapedRead, gone.rawRead).value_or(p.reapedRead);
+  p.reapedWrite = checkedSum(p.reapedWrite, gone.rawWrite).value_or(p.reapedWrite);
+}
+
+void ProcessReader::prune() {
+  for (auto& [pid, tracked] : tracked_) {
+    if (tracked.seenRound != round_) creditParent(tracked);
+  }
+  std::erase_if(tracked_, [&](const auto& entry) { return entry.second.seenRound != round_; });
+}
+
+}  // namespace pellwin
