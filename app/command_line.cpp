@@ -4,19 +4,6 @@
 
 namespace pellwin {
 
-std::string_view rawValue(CommandKind kind) {
-  switch (kind) {
-    case CommandKind::check: return "check";
-    case CommandKind::checkStorage: return "checkStorage";
-    case CommandKind::seedHistory: return "seedHistory";
-    case CommandKind::seedHistoryNoPath: return "seedHistoryNoPath";
-    case CommandKind::help: return "help";
-    case CommandKind::version: return "version";
-    case CommandKind::windowed: return "windowed";
-  }
-  return "";
-}
-
 namespace {
 
 Command parseMode(const std::vector<std::string>& arguments) {

@@ -6,6 +6,8 @@
 #include <string_view>
 #include <vector>
 
+#include "core/base/enum_text.h"
+
 namespace pellwin {
 
 enum class CommandKind {
@@ -18,7 +20,19 @@ enum class CommandKind {
   windowed,           // nothing matched: the tray app
 };
 
-[[nodiscard]] std::string_view rawValue(CommandKind kind);
+constexpr EnumTable<CommandKind::windowed> textTable(CommandKind) {
+  return {{
+      {CommandKind::check, "check"},
+      {CommandKind::checkStorage, "checkStorage"},
+      {CommandKind::seedHistory, "seedHistory"},
+      {CommandKind::seedHistoryNoPath, "seedHistoryNoPath"},
+      {CommandKind::help, "help"},
+      {CommandKind::version, "version"},
+      {CommandKind::windowed, "windowed"},
+  }};
+}
+
+[[nodiscard]] constexpr std::string_view rawValue(CommandKind kind) { return enumText(kind); }
 
 struct Command {
   CommandKind kind = CommandKind::windowed;

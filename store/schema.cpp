@@ -6,19 +6,6 @@
 
 namespace pellwin {
 
-std::string_view rawValue(HistoryTable table) {
-  switch (table) {
-    case HistoryTable::samples: return "samples";
-    case HistoryTable::minutes: return "minutes";
-    case HistoryTable::minuteApps: return "minute_apps";
-    case HistoryTable::days: return "days";
-    case HistoryTable::episodes: return "episodes";
-    case HistoryTable::alerts: return "alerts";
-    case HistoryTable::cleans: return "cleans";
-  }
-  return "";
-}
-
 namespace Schema {
 
 namespace {

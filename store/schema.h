@@ -2,12 +2,12 @@
 // and Resource, the create statements, and how a file is set up on every open.
 #pragma once
 
-#include <array>
 #include <expected>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "core/base/enum_text.h"
 #include "store/history_store_error.h"
 #include "store/sqlite_database.h"
 
@@ -16,11 +16,21 @@ namespace pellwin {
 // Raw values are the table names; this order is the order of clearing and counting.
 enum class HistoryTable { samples, minutes, minuteApps, days, episodes, alerts, cleans };
 
-inline constexpr std::array<HistoryTable, 7> allHistoryTables = {
-    HistoryTable::samples,  HistoryTable::minutes, HistoryTable::minuteApps, HistoryTable::days,
-    HistoryTable::episodes, HistoryTable::alerts,  HistoryTable::cleans};
+constexpr EnumTable<HistoryTable::cleans> textTable(HistoryTable) {
+  return {{
+      {HistoryTable::samples, "samples"},
+      {HistoryTable::minutes, "minutes"},
+      {HistoryTable::minuteApps, "minute_apps"},
+      {HistoryTable::days, "days"},
+      {HistoryTable::episodes, "episodes"},
+      {HistoryTable::alerts, "alerts"},
+      {HistoryTable::cleans, "cleans"},
+  }};
+}
 
-[[nodiscard]] std::string_view rawValue(HistoryTable table);
+inline constexpr auto allHistoryTables = enumCases<HistoryTable>();
+
+[[nodiscard]] constexpr std::string_view rawValue(HistoryTable table) { return enumText(table); }
 
 namespace Schema {
 

@@ -14,17 +14,6 @@ struct CleanerModel::State {
   bool confirming = false;
 };
 
-std::string_view rawValue(CleanerModel::Phase phase) {
-  switch (phase) {
-    case CleanerModel::Phase::idle: return "idle";
-    case CleanerModel::Phase::scanning: return "scanning";
-    case CleanerModel::Phase::ready: return "ready";
-    case CleanerModel::Phase::cleaning: return "cleaning";
-    case CleanerModel::Phase::done: return "done";
-  }
-  return "";
-}
-
 CleanerModel::CleanerModel(Services services, bool isFixture)
     : services_(std::move(services)), isFixture_(isFixture), state_(std::make_shared<State>()) {}
 

@@ -15,6 +15,7 @@
 #include <thread>
 #include <vector>
 
+#include "core/base/enum_text.h"
 #include "core/clean/clean_plan.h"
 #include "core/clean/clean_summary.h"
 #include "core/space/trash_item.h"
@@ -85,6 +86,19 @@ class CleanerModel {
   std::thread worker_;
 };
 
-[[nodiscard]] std::string_view rawValue(CleanerModel::Phase phase);
+constexpr EnumTable<CleanerModel::Phase::done> textTable(CleanerModel::Phase) {
+  using enum CleanerModel::Phase;
+  return {{
+      {idle, "idle"},
+      {scanning, "scanning"},
+      {ready, "ready"},
+      {cleaning, "cleaning"},
+      {done, "done"},
+  }};
+}
+
+[[nodiscard]] constexpr std::string_view rawValue(CleanerModel::Phase phase) {
+  return enumText(phase);
+}
 
 }  // namespace pellwin

@@ -2,15 +2,6 @@
 
 namespace pellwin {
 
-std::string_view rawValue(DataFolderMove move) {
-  switch (move) {
-    case DataFolderMove::move: return "move";
-    case DataFolderMove::nothingToMove: return "nothingToMove";
-    case DataFolderMove::keepBoth: return "keepBoth";
-  }
-  return "";
-}
-
 namespace DataFolder {
 
 std::string applicationSupport(std::string_view home, std::optional<std::string_view> xdgDataHome) {

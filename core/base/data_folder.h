@@ -7,11 +7,21 @@
 #include <string_view>
 #include <vector>
 
+#include "core/base/enum_text.h"
+
 namespace pellwin {
 
 enum class DataFolderMove { move, nothingToMove, keepBoth };
 
-[[nodiscard]] std::string_view rawValue(DataFolderMove move);
+constexpr EnumTable<DataFolderMove::keepBoth> textTable(DataFolderMove) {
+  return {{
+      {DataFolderMove::move, "move"},
+      {DataFolderMove::nothingToMove, "nothingToMove"},
+      {DataFolderMove::keepBoth, "keepBoth"},
+  }};
+}
+
+[[nodiscard]] constexpr std::string_view rawValue(DataFolderMove move) { return enumText(move); }
 
 namespace DataFolder {
 

@@ -5,12 +5,23 @@
 #include <optional>
 #include <string_view>
 
+#include "core/base/enum_text.h"
+
 namespace pellwin {
 
 // `delete_` stands for the text form "delete", which C++ keeps as a keyword.
 enum class CleanAction { delete_, trash };
 
-[[nodiscard]] std::string_view rawValue(CleanAction action);
-[[nodiscard]] std::optional<CleanAction> cleanActionFromRawValue(std::string_view raw);
+constexpr EnumTable<CleanAction::trash> textTable(CleanAction) {
+  return {{
+      {CleanAction::delete_, "delete"},
+      {CleanAction::trash, "trash"},
+  }};
+}
+
+[[nodiscard]] constexpr std::string_view rawValue(CleanAction action) { return enumText(action); }
+[[nodiscard]] constexpr std::optional<CleanAction> cleanActionFromRawValue(std::string_view raw) {
+  return parseEnum<CleanAction>(raw);
+}
 
 }  // namespace pellwin

@@ -7,22 +7,6 @@
 
 namespace pellwin {
 
-std::string_view rawValue(CleanTickState state) {
-  switch (state) {
-    case CleanTickState::all: return "all";
-    case CleanTickState::some: return "some";
-    case CleanTickState::none: return "none";
-  }
-  return "";
-}
-
-std::optional<CleanTickState> cleanTickStateFromRawValue(std::string_view raw) {
-  for (CleanTickState state : {CleanTickState::all, CleanTickState::some, CleanTickState::none}) {
-    if (rawValue(state) == raw) return state;
-  }
-  return std::nullopt;
-}
-
 std::uint64_t CleanGroupPlan::bytes() const {
   std::uint64_t total = 0;
   for (const CleanItem& item : items) total = saturatingAdd(total, item.bytes);

@@ -10,6 +10,7 @@
 #include <string_view>
 #include <vector>
 
+#include "core/base/enum_text.h"
 #include "core/clean/clean_action.h"
 #include "core/clean/cleaner_catalog.h"
 
@@ -20,8 +21,19 @@ using CleanTicks = std::set<std::string>;
 
 enum class CleanTickState { all, some, none };
 
-[[nodiscard]] std::string_view rawValue(CleanTickState state);
-[[nodiscard]] std::optional<CleanTickState> cleanTickStateFromRawValue(std::string_view raw);
+constexpr EnumTable<CleanTickState::none> textTable(CleanTickState) {
+  return {{
+      {CleanTickState::all, "all"},
+      {CleanTickState::some, "some"},
+      {CleanTickState::none, "none"},
+  }};
+}
+
+[[nodiscard]] constexpr std::string_view rawValue(CleanTickState state) { return enumText(state); }
+[[nodiscard]] constexpr std::optional<CleanTickState> cleanTickStateFromRawValue(
+    std::string_view raw) {
+  return parseEnum<CleanTickState>(raw);
+}
 
 struct CleanItem {
   std::string path{};       // absolute

@@ -2,32 +2,6 @@
 
 namespace pellwin {
 
-std::string_view rawValue(HistoryMetric metric) {
-  switch (metric) {
-    case HistoryMetric::memoryUsed: return "memoryUsed";
-    case HistoryMetric::compressed: return "compressed";
-    case HistoryMetric::swapUsed: return "swapUsed";
-    case HistoryMetric::swapIn: return "swapIn";
-    case HistoryMetric::swapOut: return "swapOut";
-    case HistoryMetric::swapTraffic: return "swapTraffic";
-    case HistoryMetric::pressure: return "pressure";
-    case HistoryMetric::cpuBusy: return "cpuBusy";
-    case HistoryMetric::diskFree: return "diskFree";
-    case HistoryMetric::diskRead: return "diskRead";
-    case HistoryMetric::diskWrite: return "diskWrite";
-    case HistoryMetric::diskTraffic: return "diskTraffic";
-    case HistoryMetric::thermal: return "thermal";
-  }
-  return "";
-}
-
-std::optional<HistoryMetric> historyMetricFromRawValue(std::string_view raw) {
-  for (HistoryMetric metric : allHistoryMetrics) {
-    if (rawValue(metric) == raw) return metric;
-  }
-  return std::nullopt;
-}
-
 Resource resourceOf(HistoryMetric metric) {
   switch (metric) {
     case HistoryMetric::memoryUsed:

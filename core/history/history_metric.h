@@ -2,10 +2,10 @@
 // of its column in the history file, so adding a case changes the file's layout.
 #pragma once
 
-#include <array>
 #include <optional>
 #include <string_view>
 
+#include "core/base/enum_text.h"
 #include "core/monitor/resource.h"
 
 namespace pellwin {
@@ -26,15 +26,31 @@ enum class HistoryMetric {
   thermal,      // thermal level 0 to 3
 };
 
-inline constexpr std::array<HistoryMetric, 13> allHistoryMetrics = {
-    HistoryMetric::memoryUsed, HistoryMetric::compressed, HistoryMetric::swapUsed,
-    HistoryMetric::swapIn,     HistoryMetric::swapOut,    HistoryMetric::swapTraffic,
-    HistoryMetric::pressure,   HistoryMetric::cpuBusy,    HistoryMetric::diskFree,
-    HistoryMetric::diskRead,   HistoryMetric::diskWrite,  HistoryMetric::diskTraffic,
-    HistoryMetric::thermal};
+constexpr EnumTable<HistoryMetric::thermal> textTable(HistoryMetric) {
+  return {{
+      {HistoryMetric::memoryUsed, "memoryUsed"},
+      {HistoryMetric::compressed, "compressed"},
+      {HistoryMetric::swapUsed, "swapUsed"},
+      {HistoryMetric::swapIn, "swapIn"},
+      {HistoryMetric::swapOut, "swapOut"},
+      {HistoryMetric::swapTraffic, "swapTraffic"},
+      {HistoryMetric::pressure, "pressure"},
+      {HistoryMetric::cpuBusy, "cpuBusy"},
+      {HistoryMetric::diskFree, "diskFree"},
+      {HistoryMetric::diskRead, "diskRead"},
+      {HistoryMetric::diskWrite, "diskWrite"},
+      {HistoryMetric::diskTraffic, "diskTraffic"},
+      {HistoryMetric::thermal, "thermal"},
+  }};
+}
 
-[[nodiscard]] std::string_view rawValue(HistoryMetric metric);
-[[nodiscard]] std::optional<HistoryMetric> historyMetricFromRawValue(std::string_view raw);
+inline constexpr auto allHistoryMetrics = enumCases<HistoryMetric>();
+
+[[nodiscard]] constexpr std::string_view rawValue(HistoryMetric metric) { return enumText(metric); }
+[[nodiscard]] constexpr std::optional<HistoryMetric> historyMetricFromRawValue(
+    std::string_view raw) {
+  return parseEnum<HistoryMetric>(raw);
+}
 
 // The resource whose reading the metric comes from: a snapshot that could not measure that
 // resource has no value for the metric.

@@ -2,23 +2,6 @@
 
 namespace pellwin {
 
-std::string_view rawValue(HistoryRange range) {
-  switch (range) {
-    case HistoryRange::hour: return "hour";
-    case HistoryRange::day: return "day";
-    case HistoryRange::week: return "week";
-    case HistoryRange::month: return "month";
-  }
-  return "";
-}
-
-std::optional<HistoryRange> historyRangeFromRawValue(std::string_view raw) {
-  for (HistoryRange range : allHistoryRanges) {
-    if (rawValue(range) == raw) return range;
-  }
-  return std::nullopt;
-}
-
 double span(HistoryRange range) {
   switch (range) {
     case HistoryRange::hour: return 3600;

@@ -2,11 +2,11 @@
 // one stored minute. Times are seconds since 1970.
 #pragma once
 
-#include <array>
 #include <map>
 #include <optional>
 #include <string_view>
 
+#include "core/base/enum_text.h"
 #include "core/history/history_metric.h"
 #include "core/history/minute_row.h"
 #include "core/monitor/resource.h"
@@ -16,11 +16,22 @@ namespace pellwin {
 
 enum class HistoryRange { hour, day, week, month };
 
-inline constexpr std::array<HistoryRange, 4> allHistoryRanges = {
-    HistoryRange::hour, HistoryRange::day, HistoryRange::week, HistoryRange::month};
+constexpr EnumTable<HistoryRange::month> textTable(HistoryRange) {
+  return {{
+      {HistoryRange::hour, "hour"},
+      {HistoryRange::day, "day"},
+      {HistoryRange::week, "week"},
+      {HistoryRange::month, "month"},
+  }};
+}
 
-[[nodiscard]] std::string_view rawValue(HistoryRange range);
-[[nodiscard]] std::optional<HistoryRange> historyRangeFromRawValue(std::string_view raw);
+inline constexpr auto allHistoryRanges = enumCases<HistoryRange>();
+
+[[nodiscard]] constexpr std::string_view rawValue(HistoryRange range) { return enumText(range); }
+[[nodiscard]] constexpr std::optional<HistoryRange> historyRangeFromRawValue(
+    std::string_view raw) {
+  return parseEnum<HistoryRange>(raw);
+}
 // Seconds the range shows, ending now.
 [[nodiscard]] double span(HistoryRange range);
 // Seconds one chart bucket covers.

@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 
+#include "core/base/enum_text.h"
 #include "core/history/history_metric.h"
 #include "core/monitor/resource.h"
 
@@ -31,8 +32,17 @@ struct MinuteRow {
 // The measure an app was ranked by. Raw values are the stored ordinals.
 enum class AppRank { cpu = 0, memory = 1 };
 
-[[nodiscard]] std::string_view rawValue(AppRank rank);
-[[nodiscard]] std::optional<AppRank> appRankFromOrdinal(long long ordinal);
+constexpr EnumTable<AppRank::memory> textTable(AppRank) {
+  return {{
+      {AppRank::cpu, "cpu"},
+      {AppRank::memory, "memory"},
+  }};
+}
+
+[[nodiscard]] constexpr std::string_view rawValue(AppRank rank) { return enumText(rank); }
+[[nodiscard]] constexpr std::optional<AppRank> appRankFromOrdinal(long long ordinal) {
+  return enumFromIndex<AppRank>(ordinal);
+}
 
 struct MinuteAppRow {
   double minute = 0;

@@ -1,9 +1,11 @@
 // The headings the monitor sorts apps under. Raw values are stable integers.
 #pragma once
 
-#include <array>
 #include <optional>
 #include <string_view>
+#include <utility>
+
+#include "core/base/enum_text.h"
 
 namespace pellwin {
 
@@ -17,13 +19,26 @@ enum class AppCategory {
   other = 6,
 };
 
-inline constexpr std::array<AppCategory, 7> allAppCategories = {
-    AppCategory::browsers, AppCategory::developer, AppCategory::ai,   AppCategory::communication,
-    AppCategory::media,    AppCategory::system,    AppCategory::other};
+// The texts are the headings; the raw values are the ordinals.
+constexpr EnumTable<AppCategory::other> textTable(AppCategory) {
+  return {{
+      {AppCategory::browsers, "Browsers"},
+      {AppCategory::developer, "Developer tools"},
+      {AppCategory::ai, "AI"},
+      {AppCategory::communication, "Communication"},
+      {AppCategory::media, "Media"},
+      {AppCategory::system, "System and macOS"},
+      {AppCategory::other, "Other"},
+  }};
+}
 
-[[nodiscard]] int rawValue(AppCategory category);
-[[nodiscard]] std::optional<AppCategory> appCategoryFromRawValue(int raw);
+inline constexpr auto allAppCategories = enumCases<AppCategory>();
+
+[[nodiscard]] constexpr int rawValue(AppCategory category) { return std::to_underlying(category); }
+[[nodiscard]] constexpr std::optional<AppCategory> appCategoryFromRawValue(int raw) {
+  return enumFromIndex<AppCategory>(raw);
+}
 // The heading text, such as "Developer tools".
-[[nodiscard]] std::string_view title(AppCategory category);
+[[nodiscard]] constexpr std::string_view title(AppCategory category) { return enumText(category); }
 
 }  // namespace pellwin

@@ -4,25 +4,6 @@
 
 namespace pellwin {
 
-std::string_view rawValue(TipKind kind) {
-  switch (kind) {
-    case TipKind::longUptime:
-      return "longUptime";
-    case TipKind::idleSwap:
-      return "idleSwap";
-    case TipKind::lowPowerMode:
-      return "lowPowerMode";
-  }
-  return "";
-}
-
-std::optional<TipKind> tipKindFromRawValue(std::string_view raw) {
-  for (TipKind kind : {TipKind::longUptime, TipKind::idleSwap, TipKind::lowPowerMode}) {
-    if (rawValue(kind) == raw) return kind;
-  }
-  return std::nullopt;
-}
-
 std::string Tip::text() const {
   switch (kind) {
     case TipKind::longUptime:

@@ -6,12 +6,24 @@
 #include <string>
 #include <string_view>
 
+#include "core/base/enum_text.h"
+
 namespace pellwin {
 
 enum class TipKind { longUptime, idleSwap, lowPowerMode };
 
-[[nodiscard]] std::string_view rawValue(TipKind kind);
-[[nodiscard]] std::optional<TipKind> tipKindFromRawValue(std::string_view raw);
+constexpr EnumTable<TipKind::lowPowerMode> textTable(TipKind) {
+  return {{
+      {TipKind::longUptime, "longUptime"},
+      {TipKind::idleSwap, "idleSwap"},
+      {TipKind::lowPowerMode, "lowPowerMode"},
+  }};
+}
+
+[[nodiscard]] constexpr std::string_view rawValue(TipKind kind) { return enumText(kind); }
+[[nodiscard]] constexpr std::optional<TipKind> tipKindFromRawValue(std::string_view raw) {
+  return parseEnum<TipKind>(raw);
+}
 
 struct Tip {
   TipKind kind = TipKind::lowPowerMode;

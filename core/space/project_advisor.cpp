@@ -9,11 +9,6 @@ namespace {
 
 using enum Kind;
 
-constexpr std::array kAllKinds = {reactNative, capacitor, rust,      python, swiftPackage, php,
-                                  haskell,     go,        terraform, cOrCpp, zig,          ruby,
-                                  elixir,      dotNet,    java,      android, gradle,      xcode,
-                                  javaScript,  nextJS,    godot,     unreal, unity,        flutter};
-
 // Most specific first. Game engines and app frameworks hold other kinds' files (a Flutter app
 // has Gradle and Xcode folders, a Unity project a .sln), so they come before the languages;
 // CMake files turn up inside many other projects, so C and C++ come last.
@@ -213,43 +208,6 @@ bool hasLockFile(std::span<const std::string> markers) {
 }
 
 }  // namespace
-
-std::string_view rawValue(Kind kind) {
-  switch (kind) {
-    case reactNative: return "reactNative";
-    case capacitor: return "capacitor";
-    case rust: return "rust";
-    case python: return "python";
-    case swiftPackage: return "swiftPackage";
-    case php: return "php";
-    case haskell: return "haskell";
-    case go: return "go";
-    case terraform: return "terraform";
-    case cOrCpp: return "cOrCpp";
-    case zig: return "zig";
-    case ruby: return "ruby";
-    case elixir: return "elixir";
-    case dotNet: return "dotNet";
-    case java: return "java";
-    case android: return "android";
-    case gradle: return "gradle";
-    case xcode: return "xcode";
-    case javaScript: return "javaScript";
-    case nextJS: return "nextJS";
-    case godot: return "godot";
-    case unreal: return "unreal";
-    case unity: return "unity";
-    case flutter: return "flutter";
-  }
-  return "";
-}
-
-std::optional<Kind> kindFromRawValue(std::string_view raw) {
-  for (Kind kind : kAllKinds) {
-    if (rawValue(kind) == raw) return kind;
-  }
-  return std::nullopt;
-}
 
 std::string_view label(Kind kind) {
   switch (kind) {

@@ -10,6 +10,7 @@
 #include <string>
 #include <string_view>
 
+#include "core/base/enum_text.h"
 #include "core/space/rebuild_plan.h"
 #include "core/space/size_node.h"
 
@@ -21,8 +22,40 @@ enum class Kind {
   flutter,
 };
 
-[[nodiscard]] std::string_view rawValue(Kind kind);
-[[nodiscard]] std::optional<Kind> kindFromRawValue(std::string_view raw);
+constexpr EnumTable<Kind::flutter> textTable(Kind) {
+  using enum Kind;
+  return {{
+      {reactNative, "reactNative"},
+      {capacitor, "capacitor"},
+      {rust, "rust"},
+      {python, "python"},
+      {swiftPackage, "swiftPackage"},
+      {php, "php"},
+      {haskell, "haskell"},
+      {go, "go"},
+      {terraform, "terraform"},
+      {cOrCpp, "cOrCpp"},
+      {zig, "zig"},
+      {ruby, "ruby"},
+      {elixir, "elixir"},
+      {dotNet, "dotNet"},
+      {java, "java"},
+      {android, "android"},
+      {gradle, "gradle"},
+      {xcode, "xcode"},
+      {javaScript, "javaScript"},
+      {nextJS, "nextJS"},
+      {godot, "godot"},
+      {unreal, "unreal"},
+      {unity, "unity"},
+      {flutter, "flutter"},
+  }};
+}
+
+[[nodiscard]] constexpr std::string_view rawValue(Kind kind) { return enumText(kind); }
+[[nodiscard]] constexpr std::optional<Kind> kindFromRawValue(std::string_view raw) {
+  return parseEnum<Kind>(raw);
+}
 // "Rust project", "Next.js app" and so on.
 [[nodiscard]] std::string_view label(Kind kind);
 

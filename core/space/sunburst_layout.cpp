@@ -6,22 +6,6 @@
 
 namespace pellwin {
 
-std::string_view rawValue(SunburstKind kind) {
-  switch (kind) {
-    case SunburstKind::node: return "node";
-    case SunburstKind::rest: return "rest";
-    case SunburstKind::other: return "other";
-  }
-  return "";
-}
-
-std::optional<SunburstKind> sunburstKindFromRawValue(std::string_view raw) {
-  for (auto kind : {SunburstKind::node, SunburstKind::rest, SunburstKind::other}) {
-    if (rawValue(kind) == raw) return kind;
-  }
-  return std::nullopt;
-}
-
 std::string SunburstArc::id() const { return std::string(rawValue(kind)) + ":" + path; }
 
 namespace SunburstLayout {

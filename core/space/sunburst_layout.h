@@ -9,6 +9,7 @@
 #include <string_view>
 #include <vector>
 
+#include "core/base/enum_text.h"
 #include "core/space/size_node.h"
 #include "core/space/storage_category.h"
 
@@ -20,8 +21,19 @@ enum class SunburstKind {
   other,  // children too thin to draw, merged
 };
 
-[[nodiscard]] std::string_view rawValue(SunburstKind kind);
-[[nodiscard]] std::optional<SunburstKind> sunburstKindFromRawValue(std::string_view raw);
+constexpr EnumTable<SunburstKind::other> textTable(SunburstKind) {
+  return {{
+      {SunburstKind::node, "node"},
+      {SunburstKind::rest, "rest"},
+      {SunburstKind::other, "other"},
+  }};
+}
+
+[[nodiscard]] constexpr std::string_view rawValue(SunburstKind kind) { return enumText(kind); }
+[[nodiscard]] constexpr std::optional<SunburstKind> sunburstKindFromRawValue(
+    std::string_view raw) {
+  return parseEnum<SunburstKind>(raw);
+}
 
 struct SunburstArc {
   std::string path{};  // the node's path; for `rest` and `other`, the folder they belong to

@@ -7,6 +7,8 @@
 #include <string>
 #include <string_view>
 
+#include "core/base/enum_text.h"
+
 namespace pellwin {
 
 struct TrashItem {
@@ -36,7 +38,23 @@ struct TrashResult {
   friend bool operator==(const TrashResult&, const TrashResult&) = default;
 };
 
-[[nodiscard]] std::string_view rawValue(TrashResult::Outcome outcome);
-[[nodiscard]] std::optional<TrashResult::Outcome> trashOutcomeFromRawValue(std::string_view raw);
+constexpr EnumTable<TrashResult::Outcome::alreadyGone> textTable(TrashResult::Outcome) {
+  using enum TrashResult::Outcome;
+  return {{
+      {moved, "moved"},
+      {refused, "refused"},
+      {failed, "failed"},
+      {deleted, "deleted"},
+      {alreadyGone, "alreadyGone"},
+  }};
+}
+
+[[nodiscard]] constexpr std::string_view rawValue(TrashResult::Outcome outcome) {
+  return enumText(outcome);
+}
+[[nodiscard]] constexpr std::optional<TrashResult::Outcome> trashOutcomeFromRawValue(
+    std::string_view raw) {
+  return parseEnum<TrashResult::Outcome>(raw);
+}
 
 }  // namespace pellwin

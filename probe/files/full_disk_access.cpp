@@ -7,22 +7,6 @@
 namespace pellwin {
 namespace FullDiskAccess {
 
-std::string_view rawValue(State state) {
-  switch (state) {
-    case State::granted: return "granted";
-    case State::denied: return "denied";
-    case State::unknown: return "unknown";
-  }
-  return "";
-}
-
-std::optional<State> stateFromRawValue(std::string_view raw) {
-  for (State state : {State::granted, State::denied, State::unknown}) {
-    if (rawValue(state) == raw) return state;
-  }
-  return std::nullopt;
-}
-
 State state(const std::string& home) {
   bool sawLocked = false;
   for (const char* probe : {"Library/Mail", "Library/Safari", "Library/Messages"}) {

@@ -8,14 +8,26 @@
 #include <string>
 #include <string_view>
 
+#include "core/base/enum_text.h"
+
 namespace pellwin {
 
 namespace FullDiskAccess {
 
 enum class State { granted, denied, unknown };
 
-[[nodiscard]] std::string_view rawValue(State state);
-[[nodiscard]] std::optional<State> stateFromRawValue(std::string_view raw);
+constexpr EnumTable<State::unknown> textTable(State) {
+  return {{
+      {State::granted, "granted"},
+      {State::denied, "denied"},
+      {State::unknown, "unknown"},
+  }};
+}
+
+[[nodiscard]] constexpr std::string_view rawValue(State state) { return enumText(state); }
+[[nodiscard]] constexpr std::optional<State> stateFromRawValue(std::string_view raw) {
+  return parseEnum<State>(raw);
+}
 
 // The system settings page that grants whole-disk access.
 inline constexpr std::string_view settingsURL =
