@@ -5,6 +5,7 @@
 #include <sstream>
 
 #include "app/entry.h"
+#include "testing/enum_text_round_trip.h"
 #include "testing/scratch_folder.h"
 
 namespace pellwin {
@@ -88,4 +89,11 @@ TEST(Entry, MigrationHonoursXdgDataHomeAndReportsFailuresWithoutStopping) {
 }
 
 }  // namespace
+
+namespace testing {
+
+using CommandLineEnums = ::testing::Types<CommandKind>;
+INSTANTIATE_TYPED_TEST_SUITE_P(CommandLine, EnumTextRoundTrip, CommandLineEnums);
+
+}  // namespace testing
 }  // namespace pellwin

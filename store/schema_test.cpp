@@ -5,6 +5,7 @@
 #include <fstream>
 #include <iterator>
 
+#include "testing/enum_text_round_trip.h"
 #include "testing/scratch_folder.h"
 #include "store/history_store.h"
 
@@ -153,4 +154,11 @@ TEST(Schema, AFolderThatCannotBeCreatedIsAFileSystemError) {
 }
 
 }  // namespace
+
+namespace testing {
+
+using StoreEnums = ::testing::Types<HistoryTable>;
+INSTANTIATE_TYPED_TEST_SUITE_P(Store, EnumTextRoundTrip, StoreEnums);
+
+}  // namespace testing
 }  // namespace pellwin

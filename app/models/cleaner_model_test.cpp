@@ -4,6 +4,7 @@
 
 #include <thread>
 
+#include "testing/enum_text_round_trip.h"
 #include "testing/owner_loop.h"
 
 namespace pellwin {
@@ -210,4 +211,11 @@ TEST(CleanerModel, OnlyTheFirstGroupsAreListedUntilShowingAll) {
 }
 
 }  // namespace
+
+namespace testing {
+
+using CleanerModelEnums = ::testing::Types<CleanerModel::Phase>;
+INSTANTIATE_TYPED_TEST_SUITE_P(CleanerModel, EnumTextRoundTrip, CleanerModelEnums);
+
+}  // namespace testing
 }  // namespace pellwin

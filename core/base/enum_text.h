@@ -59,7 +59,8 @@ template <TextEnum E>
 }
 
 template <TextEnum E>
-inline constexpr std::size_t enumCount = std::tuple_size_v<std::remove_cvref_t<decltype(enumTable<E>())>>;
+inline constexpr std::size_t enumCount =
+    std::tuple_size_v<std::remove_cvref_t<decltype(enumTable<E>())>>;
 
 // The case's text; empty for a value that is not one of the cases.
 template <TextEnum E>

@@ -48,10 +48,6 @@ TEST(CleanPlan, TickStatesFollowTheTickedItemsAndAnEmptyGroupCountsAsAll) {
   EXPECT_EQ(developer.tickState({"/h/.cache/thumbnails"}), CleanTickState::none);
   EXPECT_EQ(plan.groups[2].tickState({}), CleanTickState::all);
   EXPECT_EQ(developer.tickedBytes({"/h/.cache/yarn", "/h/.cache/bazel"}), 100u);
-  for (CleanTickState s : {CleanTickState::all, CleanTickState::some, CleanTickState::none}) {
-    EXPECT_EQ(cleanTickStateFromRawValue(rawValue(s)), s);
-  }
-  EXPECT_EQ(cleanTickStateFromRawValue("partial"), std::nullopt);
 }
 
 TEST(CleanPlan, TotalsKeepDeletionsAndTheTrashApartAndCountTickedItemsOfBoth) {

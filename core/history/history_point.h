@@ -28,8 +28,7 @@ constexpr EnumTable<HistoryRange::month> textTable(HistoryRange) {
 inline constexpr auto allHistoryRanges = enumCases<HistoryRange>();
 
 [[nodiscard]] constexpr std::string_view rawValue(HistoryRange range) { return enumText(range); }
-[[nodiscard]] constexpr std::optional<HistoryRange> historyRangeFromRawValue(
-    std::string_view raw) {
+[[nodiscard]] constexpr std::optional<HistoryRange> historyRangeFromRawValue(std::string_view raw) {
   return parseEnum<HistoryRange>(raw);
 }
 // Seconds the range shows, ending now.

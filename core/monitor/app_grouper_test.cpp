@@ -303,14 +303,5 @@ TEST(ProcessCatalog, CategoriesFollowTheirRulesInOrder) {
   }
 }
 
-TEST(AppCategory, RawValuesRoundTrip) {
-  for (AppCategory category : allAppCategories) {
-    EXPECT_EQ(appCategoryFromRawValue(rawValue(category)), category);
-  }
-  EXPECT_EQ(rawValue(AppCategory::system), 5);
-  EXPECT_FALSE(appCategoryFromRawValue(7).has_value());
-  EXPECT_FALSE(appCategoryFromRawValue(-1).has_value());
-}
-
 }  // namespace
 }  // namespace pellwin

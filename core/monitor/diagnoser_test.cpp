@@ -255,12 +255,5 @@ TEST(Diagnoser, TipsComeInOrderWhenTheirConditionsHold) {
   EXPECT_TRUE(diagnoser.tips(SnapshotWindow(600)).empty());
 }
 
-TEST(Tip, KindsRoundTripThroughTheirRawValues) {
-  for (TipKind kind : {TipKind::longUptime, TipKind::idleSwap, TipKind::lowPowerMode}) {
-    EXPECT_EQ(tipKindFromRawValue(rawValue(kind)), kind);
-  }
-  EXPECT_FALSE(tipKindFromRawValue("restart").has_value());
-}
-
 }  // namespace
 }  // namespace pellwin

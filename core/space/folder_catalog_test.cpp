@@ -10,15 +10,6 @@ namespace {
 
 constexpr std::string_view kHome = "/home/ann";
 
-TEST(StorageCategory, RawValuesRoundTrip) {
-  for (auto category : {StorageCategory::appData, StorageCategory::developer,
-                        StorageCategory::yourFiles, StorageCategory::system,
-                        StorageCategory::other}) {
-    EXPECT_EQ(storageCategoryFromRawValue(rawValue(category)), category);
-  }
-  EXPECT_EQ(storageCategoryFromRawValue("AppData"), std::nullopt);
-}
-
 TEST(FolderCatalog, ClassifiesByTheDeepestMatch) {
   const struct {
     const char* why;

@@ -40,14 +40,13 @@ TEST(ProjectRules, RecognisesMarkersByKindOfEntry) {
   }
 }
 
-TEST(ProjectAdvisor, KindRawValuesRoundTripAndLabelsAreDistinct) {
+TEST(ProjectAdvisor, EveryKindHasALabelOfItsOwn) {
   std::set<std::string_view> labels;
-  for (int i = 0; i <= static_cast<int>(ProjectAdvisor::Kind::flutter); ++i) {
-    const auto kind = static_cast<ProjectAdvisor::Kind>(i);
-    EXPECT_EQ(ProjectAdvisor::kindFromRawValue(ProjectAdvisor::rawValue(kind)), kind);
+  for (ProjectAdvisor::Kind kind : enumCases<ProjectAdvisor::Kind>()) {
+    SCOPED_TRACE(ProjectAdvisor::rawValue(kind));
     EXPECT_TRUE(labels.insert(ProjectAdvisor::label(kind)).second);
   }
-  EXPECT_EQ(labels.size(), 24u);
+  EXPECT_EQ(labels.size(), enumCount<ProjectAdvisor::Kind>);
 }
 
 TEST(ProjectAdvisor, LabelsTheMostSpecificKind) {

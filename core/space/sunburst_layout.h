@@ -30,8 +30,7 @@ constexpr EnumTable<SunburstKind::other> textTable(SunburstKind) {
 }
 
 [[nodiscard]] constexpr std::string_view rawValue(SunburstKind kind) { return enumText(kind); }
-[[nodiscard]] constexpr std::optional<SunburstKind> sunburstKindFromRawValue(
-    std::string_view raw) {
+[[nodiscard]] constexpr std::optional<SunburstKind> sunburstKindFromRawValue(std::string_view raw) {
   return parseEnum<SunburstKind>(raw);
 }
 

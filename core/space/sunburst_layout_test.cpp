@@ -87,12 +87,5 @@ TEST(SunburstLayout, PlacesGrandchildrenInsideTheirParentUpToMaxRings) {
   EXPECT_EQ(SunburstLayout::arcs(focus, 3, 0.1).back().path, "/f/a/x/y");
 }
 
-TEST(SunburstKind, RawValuesRoundTrip) {
-  for (auto kind : {SunburstKind::node, SunburstKind::rest, SunburstKind::other}) {
-    EXPECT_EQ(sunburstKindFromRawValue(rawValue(kind)), kind);
-  }
-  EXPECT_EQ(sunburstKindFromRawValue("Node"), std::nullopt);
-}
-
 }  // namespace
 }  // namespace pellwin

@@ -1,0 +1,12 @@
+#include "probe/files/full_disk_access.h"
+
+#include <gtest/gtest.h>
+
+#include "testing/enum_text_round_trip.h"
+
+namespace pellwin::testing {
+
+using ProbeEnums = ::testing::Types<FullDiskAccess::State>;
+INSTANTIATE_TYPED_TEST_SUITE_P(Probe, EnumTextRoundTrip, ProbeEnums);
+
+}  // namespace pellwin::testing
