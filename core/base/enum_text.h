@@ -1,9 +1,10 @@
-// Text forms of enum class cases from one table per enum. An enum whose cases run from 0 to
-// `last` declares beside itself `constexpr EnumTable<E::last> textTable(E)`, listing every case
-// with its text in case order; found by argument-dependent lookup, that one table gives the text
-// of a case (`enumText`), the case of a text (`parseEnum`), the case of an ordinal
+// Text forms of enum class cases from one table per enum. An enum whose cases run 0, 1, ...
+// `last` declares right under itself `constexpr EnumTable<E::last> textTable(E)`, listing every
+// case with its text in case order; found by argument-dependent lookup, that one table gives the
+// text of a case (`enumText`), the case of a text (`parseEnum`), the case of an ordinal
 // (`enumFromIndex`) and the list of cases (`enumCases`). Each of them fails to compile when the
-// table misses, repeats or reorders a case, or repeats a text. Pure; safe from any thread.
+// table misses, repeats or reorders a case, or repeats a text; a case added after `last` is
+// seen only once the table's type names it. Pure; safe from any thread.
 #pragma once
 
 #include <array>
