@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <memory>
 
+#include "core/monitor/macos_app_paths.h"
 #include "probe/system/cgroup_unit.h"
 #include "probe/system/cpu_reader.h"
 #include "probe/file_descriptor.h"
@@ -223,15 +224,13 @@ void ProcessReader::makeIdentity(int procFd, std::int32_t pid, const ProcessStat
                                   static_cast<double>(ticksPerSecond_);
   }
   // Apps are known by their bundle, command-line programs by their command line.
-  if (!facts.kernelThread && facts.path.find(".app/") == std::string::npos) {
+  if (!facts.kernelThread && !MacosAppPaths::isInBundle(facts.path)) {
     if (const auto text = readFileAt(procFd, pidPath(pid, "cmdline"), otherBuffer_)) {
       facts.arguments = parseCommandLine(*text);
     }
     facts.workingDirectory = readLinkAt(procFd, pidPath(pid, "cwd"));
-    // A program run from a signing clone names the real app in its first argument.
-    if (facts.path.find("code_sign_clone") != std::string::npos && !facts.arguments.empty() &&
-        facts.arguments.front().find(".app/") != std::string::npos) {
-      facts.path = facts.arguments.front();
+    if (auto app = MacosAppPaths::signingCloneTarget(facts.path, facts.arguments)) {
+      facts.path = std::move(*app);
     }
     if (fromMemory && !facts.arguments.empty() && !facts.arguments.front().empty()) {
       facts.name = lastComponent(facts.arguments.front());
