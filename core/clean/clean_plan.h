@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "core/clean/clean_action.h"
-#include "core/clean/cleaner_catalog.h"
+#include "core/clean/clean_group.h"
 
 namespace pellwin {
 
