@@ -48,7 +48,7 @@ CachedScan sampleScan() {
           .access = FullDiskAccess::State::denied};
 }
 
-TEST(ScanCache, RoundTripsEveryFieldInTheDesignsFormat) {
+TEST(ScanCache, RoundTripsEveryFieldInItsStoredFormat) {
   const CachedScan scan = sampleScan();
   const std::string text = scan.encode();
   EXPECT_EQ(CachedScan::decode(text), scan);
