@@ -204,7 +204,7 @@ TEST(CleanerScanner, ASharedPnpmStoreCountsOnlyWhatRemovingItFrees) {
   fs::create_directories(h / "code/app/node_modules/.pnpm");
   fs::create_hard_link(shared, h / "code/app/node_modules/.pnpm/shared");
   const CleanerScanner scanner(h.path().string(), LinuxCleanerCatalog::groups({.home = h.path().string()}));
-  const auto items = itemsByName(scanner.plan({}, now).groups.front());
+  const auto items = itemsByName(group(scanner.plan({}, now), "developer-caches"));
   ASSERT_TRUE(items.contains("pnpm store"));
   EXPECT_LT(items.at("pnpm store"), duBytes(h / ".local/share/pnpm/store"));
   EXPECT_GE(items.at("pnpm store"), 100'000u);
@@ -230,7 +230,7 @@ TEST(CleanerScanner, ACacheFolderReachedThroughALinkOrAMountedChildIsLeftOut) {
   home.write(".cache/mounted/data.bin", std::string(1'000'000, 'm'));
   const CleanerScanner scanner(home.path().string(),
                                LinuxCleanerCatalog::groups({.home = home.path().string()}));
-  const auto items = itemsByName(scanner.plan({}, now).groups[1]);
+  const auto items = itemsByName(group(scanner.plan({}, now), "app-caches"));
   ::umount((home / ".cache/mounted").c_str());
   EXPECT_EQ(items.size(), 1u);
   EXPECT_TRUE(items.contains("thumbnails"));
