@@ -4,7 +4,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -52,7 +51,7 @@ std::vector<std::string> entryNames(const std::string& trashDirectory) {
 std::optional<std::string> removeFolder(const std::string& path) {
   const fs::path folder(path);
   auto parent = openFolderWithoutLinks(folder.parent_path().string(), O_PATH);
-  if (!parent) return describeError(parent.error());
+  if (!parent) return sentence(parent.error(), ErrorWording::reason);
   auto removed = removeTree(parent->get(), folder.filename().string());
   if (!removed) return removed.error();
   return std::nullopt;
@@ -83,7 +82,8 @@ std::expected<SelfTestScratch, std::string> SelfTestScratch::create(const std::s
   std::string pattern = home + "/.tovrin-" + label + "-XXXXXX";
   if (::mkdtemp(pattern.data()) == nullptr) {
     return std::unexpected("couldn't make a scratch folder in " + home + ": " +
-                           describeError(errno));
+                           sentence(SystemError::fromErrno("mkdir", pattern),
+                                    ErrorWording::reason));
   }
   char* real = ::realpath(pattern.c_str(), nullptr);
   const std::string folder = real != nullptr ? real : pattern;
