@@ -48,7 +48,7 @@ TEST(DirectoryListing, SaysWhenAnEntryCouldNotBeExamined) {
   fs::permissions(root + "/whole", fs::perms::owner_all | fs::perms::others_read |
                                        fs::perms::others_exec);
   // Read without search: the names can be listed, but none of them can be examined.
-  fs::permissions(root + "/unsearchable", fs::perms::owner_all | fs::perms::others_read);
+  fs::permissions(root + "/unsearchable", fs::perms::owner_read | fs::perms::others_read);
 
   const std::string outcome = testing::runUnprivileged(
       [&] { return listed(root + "/whole") + "\n" + listed(root + "/unsearchable"); });

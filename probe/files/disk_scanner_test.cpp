@@ -152,7 +152,7 @@ TEST(DiskScanner, ShowsAFolderItCanListButNotExamineAsLockedRatherThanEmpty) {
   allocateFile(root + "/scan/open", 2'000'000);
   fs::permissions(root + "/scan", fs::perms::all);
   // Read without search: the names can be listed, but none of them can be examined.
-  fs::permissions(root + "/scan/listed", fs::perms::owner_all | fs::perms::others_read);
+  fs::permissions(root + "/scan/listed", fs::perms::owner_read | fs::perms::others_read);
 
   const std::string outcome = testing::runUnprivileged([&] {
     auto result = DiskScanner("/nonexistent").scan(root + "/scan", std::nullopt, {});
