@@ -24,8 +24,7 @@ enum class ReadExtent { untilEnd, oneRecord };
 // call to call, and returns a view of the contents, valid until the buffer changes. A failure
 // names `relative`; SystemError::isGone tells a process that ended from a real failure.
 [[nodiscard]] std::expected<std::string_view, SystemError> readFileAt(
-    int dirFd, const char* relative, std::string& buffer,
-    ReadExtent extent = ReadExtent::untilEnd);
+    int dirFd, const char* relative, std::string& buffer, ReadExtent extent = ReadExtent::untilEnd);
 
 // Reads a whole file; absent when it cannot be opened or read.
 [[nodiscard]] std::optional<std::string> readTextFile(const std::filesystem::path& path);

@@ -17,21 +17,20 @@ TEST(SystemError, ReadsErrnoOnceRightAfterTheFailedCall) {
                                 .code = ENOENT,
                                 .target = {}}));
   EXPECT_TRUE(error.isGone());
-  EXPECT_FALSE((SystemError{.operation = "open", .path = "/x", .code = EACCES, .target = {}})
-                   .isGone());
+  EXPECT_FALSE(
+      (SystemError{.operation = "open", .path = "/x", .code = EACCES, .target = {}}).isGone());
 }
 
 TEST(SystemError, SaysWhatUsersAlreadyReadInEachWording) {
-  const SystemError denied{.operation = "write", .path = "/d/map.json.x1", .code = EACCES,
-                           .target = {}};
-  const SystemError renamed{.operation = "rename", .path = "/a/Old", .code = EACCES,
-                            .target = "/a/New"};
-  const SystemError replaced{.operation = "replace", .path = "/d/map.json", .code = EROFS,
-                             .target = {}};
-  const SystemError crossDisk{.operation = "trash", .path = "/mnt/x", .code = EXDEV,
-                              .target = {}};
-  const SystemError renameCrossDisk{.operation = "rename", .path = "/a", .code = EXDEV,
-                                    .target = "/b"};
+  const SystemError denied{
+      .operation = "write", .path = "/d/map.json.x1", .code = EACCES, .target = {}};
+  const SystemError renamed{
+      .operation = "rename", .path = "/a/Old", .code = EACCES, .target = "/a/New"};
+  const SystemError replaced{
+      .operation = "replace", .path = "/d/map.json", .code = EROFS, .target = {}};
+  const SystemError crossDisk{.operation = "trash", .path = "/mnt/x", .code = EXDEV, .target = {}};
+  const SystemError renameCrossDisk{
+      .operation = "rename", .path = "/a", .code = EXDEV, .target = "/b"};
   const struct {
     const char* why;
     SystemError error;
@@ -49,8 +48,8 @@ TEST(SystemError, SaysWhatUsersAlreadyReadInEachWording) {
        "Read-only file system (replacing /d/map.json)"},
       {"the path after a colon", denied, ErrorWording::pathAfterReason,
        "Permission denied: /d/map.json.x1"},
-      {"the product's own sentence for a trash on another disk", crossDisk,
-       ErrorWording::reason, "It's on a disk whose Trash Tovrin can't use, so it was left in place"},
+      {"the product's own sentence for a trash on another disk", crossDisk, ErrorWording::reason,
+       "It's on a disk whose Trash Tovrin can't use, so it was left in place"},
       {"the system's words for any other cross-disk rename", renameCrossDisk,
        ErrorWording::reasonAndPath, "Invalid cross-device link (/a to /b)"},
   };

@@ -11,7 +11,8 @@
 namespace pellwin {
 
 template <class Error, class Body>
-[[nodiscard]] std::expected<void, Error> inTransaction(const SQLiteDatabase& database, Body&& body) {
+[[nodiscard]] std::expected<void, Error> inTransaction(const SQLiteDatabase& database,
+                                                       Body&& body) {
   if (auto begun = database.exec("BEGIN IMMEDIATE"); !begun) return std::unexpected(begun.error());
   std::expected<void, Error> result = body();
   if (result) {

@@ -82,9 +82,9 @@ std::expected<SelfTestScratch, std::string> SelfTestScratch::create(const std::s
                                                                     const std::string& label) {
   std::string pattern = home + "/.tovrin-" + label + "-XXXXXX";
   if (::mkdtemp(pattern.data()) == nullptr) {
-    return std::unexpected("couldn't make a scratch folder in " + home + ": " +
-                           sentence(SystemError::fromErrno("mkdir", pattern),
-                                    ErrorWording::reason));
+    return std::unexpected(
+        "couldn't make a scratch folder in " + home + ": " +
+        sentence(SystemError::fromErrno("mkdir", pattern), ErrorWording::reason));
   }
   char* real = ::realpath(pattern.c_str(), nullptr);
   const std::string folder = real != nullptr ? real : pattern;

@@ -93,9 +93,10 @@ Result list(const std::string& path) {
   Entries result;
   std::vector<char> buffer;
   // A read error part-way keeps what was read, as readdir would, and says so.
-  auto listed = read(folder.get(), path, buffer, [&](std::string_view name, const struct stat& info) {
-    result.entries.push_back(DirectoryEntry::from(name, info));
-  });
+  auto listed =
+      read(folder.get(), path, buffer, [&](std::string_view name, const struct stat& info) {
+        result.entries.push_back(DirectoryEntry::from(name, info));
+      });
   if (!listed) result.incomplete = std::move(listed.error());
   return result;
 }

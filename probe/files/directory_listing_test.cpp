@@ -26,11 +26,10 @@ std::string listed(const std::string& folder) {
   const auto result = DirectoryListing::list(folder);
   const auto* entries = std::get_if<DirectoryListing::Entries>(&result);
   if (entries == nullptr) return "not listed";
-  std::string text = entries->incomplete
-                         ? "incomplete " + entries->incomplete->operation + " " +
-                               entries->incomplete->path + " " +
-                               std::to_string(entries->incomplete->code)
-                         : "complete";
+  std::string text = entries->incomplete ? "incomplete " + entries->incomplete->operation + " " +
+                                               entries->incomplete->path + " " +
+                                               std::to_string(entries->incomplete->code)
+                                         : "complete";
   std::vector<std::string> names;
   for (const auto& entry : entries->entries) names.push_back(entry.name);
   std::ranges::sort(names);
@@ -45,16 +44,16 @@ TEST(DirectoryListing, SaysWhenAnEntryCouldNotBeExamined) {
   scratch.write("whole/a", "1");
   scratch.write("whole/b", "2");
   scratch.write("unsearchable/c", "3");
-  fs::permissions(root + "/whole", fs::perms::owner_all | fs::perms::others_read |
-                                       fs::perms::others_exec);
+  fs::permissions(root + "/whole",
+                  fs::perms::owner_all | fs::perms::others_read | fs::perms::others_exec);
   // Read without search: the names can be listed, but none of them can be examined.
   fs::permissions(root + "/unsearchable", fs::perms::owner_read | fs::perms::others_read);
 
   const std::string outcome = testing::runUnprivileged(
       [&] { return listed(root + "/whole") + "\n" + listed(root + "/unsearchable"); });
   fs::permissions(root + "/unsearchable", fs::perms::owner_all);
-  EXPECT_EQ(outcome, "complete a b\nincomplete lstat " + root + "/unsearchable/c " +
-                         std::to_string(EACCES));
+  EXPECT_EQ(outcome,
+            "complete a b\nincomplete lstat " + root + "/unsearchable/c " + std::to_string(EACCES));
 }
 
 TEST(DirectoryListing, SaysWhenReadingTheFolderFails) {

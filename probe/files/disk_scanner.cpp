@@ -175,23 +175,23 @@ bool Walk::listInto(Frame& frame) {
   frame.names.clear();
   frame.listing.clear();
   frame.next = 0;
-  const auto listed = DirectoryListing::read(frame.fd.get(), frame.path, buffer_,
-                                             [&](std::string_view name, const struct stat& info) {
-    const bool isDirectory = S_ISDIR(info.st_mode);
-    if (ProjectRules::isMarker(name, isDirectory)) {
-      if (!frame.node.markers) frame.node.markers.emplace();
-      frame.node.markers->emplace_back(name);
-    }
-    frame.listing.push_back({.nameOffset = frame.names.size(),
-                             .nameLength = name.size(),
-                             .isDirectory = isDirectory,
-                             .bytes = allocatedBytes(info),
-                             .device = static_cast<std::uint64_t>(info.st_dev),
-                             .inode = static_cast<std::uint64_t>(info.st_ino),
-                             .links = info.st_nlink,
-                             .lastUsed = lastUsedDate(info)});
-    frame.names.append(name);
-  });
+  const auto listed = DirectoryListing::read(
+      frame.fd.get(), frame.path, buffer_, [&](std::string_view name, const struct stat& info) {
+        const bool isDirectory = S_ISDIR(info.st_mode);
+        if (ProjectRules::isMarker(name, isDirectory)) {
+          if (!frame.node.markers) frame.node.markers.emplace();
+          frame.node.markers->emplace_back(name);
+        }
+        frame.listing.push_back({.nameOffset = frame.names.size(),
+                                 .nameLength = name.size(),
+                                 .isDirectory = isDirectory,
+                                 .bytes = allocatedBytes(info),
+                                 .device = static_cast<std::uint64_t>(info.st_dev),
+                                 .inode = static_cast<std::uint64_t>(info.st_ino),
+                                 .links = info.st_nlink,
+                                 .lastUsed = lastUsedDate(info)});
+        frame.names.append(name);
+      });
   return listed.has_value();
 }
 

@@ -1,9 +1,10 @@
 // Walks a folder tree on one volume into a SizeNode tree of allocated sizes: every file's real
 // blocks, each hard-linked file once, links never followed, other volumes neither counted nor
-// shown, folders that cannot be read, or read only in part, kept as locked nodes, items under `keepBytes` folded into their
-// folder's remainder, and categories from the folder catalog. Folders are opened relative to
-// their parent's descriptor and the walk keeps its own stack, so neither path length nor depth
-// limits it. A scan is blocking and single-threaded; run it off the UI thread.
+// shown, folders that cannot be read, or read only in part, kept as locked nodes, items under
+// `keepBytes` folded into their folder's remainder, and categories from the folder catalog. Folders
+// are opened relative to their parent's descriptor and the walk keeps its own stack, so neither
+// path length nor depth limits it. A scan is blocking and single-threaded; run it off the UI
+// thread.
 #pragma once
 
 #include <cstdint>

@@ -159,8 +159,8 @@ TEST(DiskScanner, ShowsAFolderItCanListButNotExamineAsLockedRatherThanEmpty) {
     if (!result) return std::string("scan failed");
     const SizeNode* listed = result->tree.find(root + "/scan/listed");
     if (listed == nullptr) return std::string("no node");
-    return std::string(listed->isLocked ? "locked" : "open") + " " +
-           std::to_string(listed->bytes) + " " + std::string(rawValue(listed->category)) + " " +
+    return std::string(listed->isLocked ? "locked" : "open") + " " + std::to_string(listed->bytes) +
+           " " + std::string(rawValue(listed->category)) + " " +
            std::to_string(listed->children.size()) + " " + std::to_string(result->tree.bytes);
   });
   fs::permissions(root + "/scan/listed", fs::perms::owner_all);

@@ -11,8 +11,8 @@
 #include <utility>
 #include <vector>
 
-#include "probe/files/directory_listing.h"
 #include "probe/file_descriptor.h"
+#include "probe/files/directory_listing.h"
 
 namespace pellwin {
 
@@ -89,12 +89,13 @@ Frame readFolder(int fd, std::string path, const struct stat& self, Tally& tally
   // estimates what cleaning would free, and a part is closer to it than nothing.
   std::ignore = DirectoryListing::read(fd, frame.path, buffer,
                                        [&](std::string_view name, const struct stat& info) {
-    if (S_ISDIR(info.st_mode)) {
-      if (!tally.onVolume(info)) return;  // a mount point: not ours to count
-      frame.folders.emplace_back(name);
-    }
-    tally.count(info);
-  });
+                                         if (S_ISDIR(info.st_mode)) {
+                                           if (!tally.onVolume(info))
+                                             return;  // a mount point: not ours to count
+                                           frame.folders.emplace_back(name);
+                                         }
+                                         tally.count(info);
+                                       });
   return frame;
 }
 

@@ -50,7 +50,8 @@ std::expected<FileDescriptor, SystemError> trashFolder(int parentFd, const char*
   if (::fstatat(parentFd, name, &info, AT_SYMLINK_NOFOLLOW) != 0)
     return std::unexpected(SystemError::fromErrno("lstat", path));
   const auto refused = [&](int code) {
-    return std::unexpected(SystemError{.operation = "open", .path = path, .code = code, .target = {}});
+    return std::unexpected(
+        SystemError{.operation = "open", .path = path, .code = code, .target = {}});
   };
   if (!S_ISDIR(info.st_mode)) return refused(ENOTDIR);
   if (owner && info.st_uid != *owner) return refused(EPERM);
@@ -321,7 +322,8 @@ std::expected<FreedesktopTrash::Entry, std::string> FreedesktopTrash::moveToTras
     const std::string topdir = mountTop(parent);
     auto trash = openVolumeTrash(topdir, uid_);
     // Why the volume's trash could not be used matters less than that the item stays put.
-    if (!trash) return itemFailure({.operation = "trash", .path = path, .code = EXDEV, .target = {}});
+    if (!trash)
+      return itemFailure({.operation = "trash", .path = path, .code = EXDEV, .target = {}});
     const std::string relative = path.substr(topdir == "/" ? 1 : topdir.size() + 1);
     auto placed = placeInTrash(*trash, item, relative, date);
     if (!placed) return itemFailure(placed.error());
@@ -378,8 +380,7 @@ std::vector<FreedesktopTrash::Entry> FreedesktopTrash::entries(const std::string
 std::expected<void, std::string> FreedesktopTrash::erase(const Entry& entry) {
   if (entry.name.empty() || entry.name.find('/') != std::string::npos || entry.name == "." ||
       entry.name == "..") {
-    return itemFailure(
-        {.operation = "unlink", .path = entry.name, .code = EINVAL, .target = {}});
+    return itemFailure({.operation = "unlink", .path = entry.name, .code = EINVAL, .target = {}});
   }
   FileDescriptor trash(::open(entry.trashDirectory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   if (!trash.valid()) return itemFailure(SystemError::fromErrno("open", entry.trashDirectory));

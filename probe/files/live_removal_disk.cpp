@@ -12,7 +12,8 @@ namespace pellwin {
 
 std::expected<RemovalDisk::Entry, SystemError> LiveRemovalDisk::inspect(const std::string& path) {
   struct stat info {};
-  if (::lstat(path.c_str(), &info) != 0) return std::unexpected(SystemError::fromErrno("lstat", path));
+  if (::lstat(path.c_str(), &info) != 0)
+    return std::unexpected(SystemError::fromErrno("lstat", path));
   return Entry{.isSymlink = S_ISLNK(info.st_mode), .isDirectory = S_ISDIR(info.st_mode)};
 }
 
