@@ -1,8 +1,5 @@
 // Reads this machine and checks the figures against the kernel's own.
 #include <gtest/gtest.h>
-#include <signal.h>
-#include <spawn.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -14,34 +11,12 @@
 #include <thread>
 
 #include "app/system_roots.h"
+#include "testing/child_process.h"
 #include "probe/system/system_reader.h"
 
-extern char** environ;
 
 namespace pellwin {
 namespace {
-
-// A child spinning on one core until it is killed.
-class SpinningChild {
- public:
-  explicit SpinningChild(const std::vector<std::string>& arguments) {
-    std::vector<char*> argv;
-    for (const auto& argument : arguments) argv.push_back(const_cast<char*>(argument.c_str()));
-    argv.push_back(nullptr);
-    if (::posix_spawn(&pid_, "/bin/sh", nullptr, nullptr, argv.data(), environ) != 0) pid_ = -1;
-  }
-  ~SpinningChild() {
-    if (pid_ <= 0) return;
-    ::kill(pid_, SIGKILL);
-    ::waitpid(pid_, nullptr, 0);
-  }
-  SpinningChild(const SpinningChild&) = delete;
-  SpinningChild& operator=(const SpinningChild&) = delete;
-  [[nodiscard]] pid_t pid() const { return pid_; }
-
- private:
-  pid_t pid_ = -1;
-};
 
 std::uint64_t meminfoKB(const std::string& key) {
   std::ifstream file(Environment{}.procRoot + "/meminfo");
@@ -89,7 +64,7 @@ TEST(SystemReaderLive, AgreesWithTheKernel) {
 
 TEST(SystemReaderLive, SeesASpinningChildWithGrowingCPUTimeAndItsCommandLine) {
   const std::vector<std::string> arguments = {"sh", "-c", "while :; do :; done", "tovrin-spin"};
-  SpinningChild child(arguments);
+  const testing::ChildProcess child(arguments);
   ASSERT_GT(child.pid(), 0);
   SystemReader reader(systemReaderRoots(Environment{}));
 

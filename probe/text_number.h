@@ -26,17 +26,4 @@ namespace pellwin {
   return value;
 }
 
-// Multiplies, or gives nothing when the product does not fit in 64 bits.
-[[nodiscard]] inline std::optional<std::uint64_t> checkedProduct(std::uint64_t a, std::uint64_t b) {
-  std::uint64_t product = 0;
-  if (__builtin_mul_overflow(a, b, &product)) return std::nullopt;
-  return product;
-}
-
-[[nodiscard]] inline std::optional<std::uint64_t> checkedSum(std::uint64_t a, std::uint64_t b) {
-  std::uint64_t sum = 0;
-  if (__builtin_add_overflow(a, b, &sum)) return std::nullopt;
-  return sum;
-}
-
 }  // namespace pellwin

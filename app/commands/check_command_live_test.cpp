@@ -1,9 +1,5 @@
 // `tovrin --check` on this machine, with a program spinning on one core.
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <signal.h>
-#include <spawn.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -19,35 +15,11 @@
 #include "core/base/format.h"
 #include "core/monitor/snapshot_builder.h"
 #include "probe/system/system_reader.h"
+#include "testing/child_process.h"
 
-extern char** environ;
 
 namespace pellwin {
 namespace {
-
-// `yes > /dev/null`, ended when the test ends.
-class Yes {
- public:
-  Yes() {
-    posix_spawn_file_actions_t actions;
-    ::posix_spawn_file_actions_init(&actions);
-    ::posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", O_WRONLY, 0);
-    char* argv[] = {const_cast<char*>("yes"), nullptr};
-    if (::posix_spawnp(&pid_, "yes", &actions, nullptr, argv, environ) != 0) pid_ = -1;
-    ::posix_spawn_file_actions_destroy(&actions);
-  }
-  ~Yes() {
-    if (pid_ <= 0) return;
-    ::kill(pid_, SIGKILL);
-    ::waitpid(pid_, nullptr, 0);
-  }
-  Yes(const Yes&) = delete;
-  Yes& operator=(const Yes&) = delete;
-  [[nodiscard]] pid_t pid() const { return pid_; }
-
- private:
-  pid_t pid_ = -1;
-};
 
 std::uint64_t memTotalBytes() {
   std::ifstream file("/proc/meminfo");
@@ -88,7 +60,7 @@ TEST(CheckCommandLive, PrintsThisMachinesTrueFiguresAndExitsZero) {
 }
 
 TEST(CheckCommandLive, SeesAProgramSpinningOnOneCore) {
-  const Yes yes;
+  const testing::ChildProcess yes({"yes"});
   ASSERT_GT(yes.pid(), 0);
   SystemReader reader(systemReaderRoots(Environment{}));
   std::vector<SystemSample> samples;

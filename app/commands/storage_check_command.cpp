@@ -10,6 +10,7 @@
 
 #include "app/commands/clean_plan_report.h"
 #include "app/commands/storage_self_tests.h"
+#include "core/base/checked_math.h"
 #include "core/base/data_folder.h"
 #include "core/base/format.h"
 #include "core/base/printable_text.h"
@@ -55,7 +56,7 @@ class ProgressTicker {
                        " items  ";
     std::string path = printableText(progress.currentPath);
     constexpr std::size_t kWidth = 79;  // one line of a classic terminal, whatever its size
-    const std::size_t room = kWidth > line.size() ? kWidth - line.size() : 0;
+    const std::size_t room = saturatingSubtract(kWidth, line.size());
     if (path.size() > room) path = "..." + path.substr(path.size() - room + std::min(room, std::size_t{3}));
     err_ << "\r\033[K" << line << path << std::flush;
     shown_ = true;

@@ -7,50 +7,18 @@
 #include <unistd.h>
 
 #include <atomic>
-#include <condition_variable>
-#include <deque>
 #include <fstream>
 #include <iterator>
-#include <mutex>
 
+#include "testing/owner_loop.h"
 #include "testing/scratch_folder.h"
 
 namespace pellwin {
 namespace {
 
 using testing::fileBytes;
+using testing::OwnerLoop;
 using testing::ScratchFolder;
-
-// The owner's thread of a test: closures posted by the recorder wait here until run.
-class OwnerLoop {
- public:
-  std::function<void(std::function<void()>)> poster() {
-    return [this](std::function<void()> work) {
-      std::lock_guard lock(mutex_);
-      posted_.push_back(std::move(work));
-      wake_.notify_all();
-    };
-  }
-  // Runs posted closures until `done` holds; false after 20 s without it.
-  bool runUntil(const std::function<bool()>& done) {
-    while (!done()) {
-      std::unique_lock lock(mutex_);
-      if (!wake_.wait_for(lock, std::chrono::seconds(20), [this] { return !posted_.empty(); })) {
-        return false;
-      }
-      auto work = std::move(posted_.front());
-      posted_.pop_front();
-      lock.unlock();
-      work();
-    }
-    return true;
-  }
-
- private:
-  std::mutex mutex_;
-  std::condition_variable wake_;
-  std::deque<std::function<void()>> posted_;
-};
 
 constexpr double kStart = 1'717'416'000;  // a whole minute; 3 June 2024 12:00 UTC
 

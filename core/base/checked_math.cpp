@@ -12,11 +12,9 @@ void fatalError(std::string_view message) {
 }
 
 std::uint64_t checkedAdd(std::uint64_t a, std::uint64_t b, std::string_view what) {
-  std::uint64_t sum = 0;
-  if (__builtin_add_overflow(a, b, &sum)) {
-    fatalError(std::string(what) + " overflowed 64 bits");
-  }
-  return sum;
+  const auto sum = checkedSum(a, b);
+  if (!sum) fatalError(std::string(what) + " overflowed 64 bits");
+  return *sum;
 }
 
 }  // namespace pellwin

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <limits>
 
+#include "core/base/checked_math.h"
+
 namespace pellwin {
 
 std::string_view rawValue(CleanTickState state) {
@@ -19,11 +21,6 @@ std::optional<CleanTickState> cleanTickStateFromRawValue(std::string_view raw) {
     if (rawValue(state) == raw) return state;
   }
   return std::nullopt;
-}
-
-std::uint64_t saturatingAdd(std::uint64_t a, std::uint64_t b) {
-  const std::uint64_t max = std::numeric_limits<std::uint64_t>::max();
-  return b > max - a ? max : a + b;
 }
 
 std::uint64_t CleanGroupPlan::bytes() const {

@@ -79,7 +79,4 @@ struct CleanPlan {
   friend bool operator==(const CleanPlan&, const CleanPlan&) = default;
 };
 
-// a + b, or the 64-bit maximum when that would not fit.
-[[nodiscard]] std::uint64_t saturatingAdd(std::uint64_t a, std::uint64_t b);
-
 }  // namespace pellwin

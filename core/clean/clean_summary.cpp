@@ -1,5 +1,6 @@
 #include "core/clean/clean_summary.h"
 
+#include "core/base/checked_math.h"
 #include "core/base/format.h"
 
 namespace pellwin {

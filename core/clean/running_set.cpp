@@ -7,18 +7,13 @@
 #include <utility>
 
 #include "core/base/ascii_case.h"
+#include "core/base/path_text.h"
 
 namespace pellwin {
 
 namespace {
 
 enum class Interpreter { python, node, ruby, perl, shell, java };
-
-std::string_view baseName(std::string_view path) {
-  while (path.size() > 1 && path.back() == '/') path.remove_suffix(1);
-  const auto slash = path.rfind('/');
-  return slash == std::string_view::npos ? path : path.substr(slash + 1);
-}
 
 bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
@@ -119,7 +114,7 @@ std::optional<std::string_view> javaToolName(std::string_view mainClass) {
 void addJavaProgram(std::string_view option, std::string_view value, std::set<std::string>& names) {
   std::string program;
   if (option == "-jar") {
-    program = scriptName(baseName(value));
+    program = scriptName(lastPathComponent(value));
   } else if (option == "-m" || option == "--module") {
     const auto slash = value.find('/');
     program = asciiLower(slash == std::string_view::npos ? value : value.substr(slash + 1));
@@ -132,7 +127,7 @@ void addJavaProgram(std::string_view option, std::string_view value, std::set<st
 }
 
 void addScript(std::string_view script, std::set<std::string>& names) {
-  const std::string file = asciiLower(baseName(script));
+  const std::string file = asciiLower(lastPathComponent(script));
   if (file.empty()) return;
   names.insert(file);
   names.insert(scriptName(file));
@@ -174,7 +169,7 @@ void addInterpretedProgram(Interpreter interpreter, const std::vector<std::strin
 // The first argument's file name up to the first space or "(": a retitled process ("npm
 // install") or a server named after its workspace ("bazel(project)"). A login shell's "-".
 std::string firstWord(std::string_view argument) {
-  std::string_view name = baseName(argument);
+  std::string_view name = lastPathComponent(argument);
   if (name.starts_with('-')) name.remove_prefix(1);
   const auto end = name.find_first_of(" (");
   return asciiLower(name.substr(0, end));
@@ -185,7 +180,7 @@ std::string firstWord(std::string_view argument) {
 std::set<std::string> programNames(const ProcessSample& process) {
   std::set<std::string> names;
   if (!process.name.empty()) names.insert(asciiLower(process.name));
-  const std::string executable = asciiLower(baseName(process.path));
+  const std::string executable = asciiLower(lastPathComponent(process.path));
   if (!executable.empty()) names.insert(executable);
   if (!process.arguments.empty()) {
     if (std::string word = firstWord(process.arguments.front()); !word.empty()) {

@@ -4,6 +4,7 @@
 #include <numeric>
 #include <unordered_map>
 
+#include "core/base/path_text.h"
 #include "core/monitor/process_catalog.h"
 
 namespace pellwin::AppGrouper {
@@ -62,13 +63,8 @@ void writeKey(const Classified& c, std::string& key) {
   }
 }
 
-std::string_view lastComponent(std::string_view path) {
-  const auto slash = path.rfind('/');
-  return slash == std::string_view::npos ? path : path.substr(slash + 1);
-}
-
 std::string bundleName(std::string_view bundlePath) {
-  std::string_view name = lastComponent(bundlePath);
+  std::string_view name = lastPathComponent(bundlePath);
   if (name.ends_with(".app")) name.remove_suffix(4);
   return std::string(name);
 }
@@ -157,7 +153,7 @@ std::optional<std::string_view> outermostBundlePath(std::string_view path) {
 
 std::string commandLine(const ProcessSample& sample) {
   std::string joined(sample.path.empty() ? std::string_view(sample.name)
-                                         : lastComponent(sample.path));
+                                         : lastPathComponent(sample.path));
   for (std::size_t i = 1; i < sample.arguments.size(); ++i) {
     joined += ' ';
     joined += sample.arguments[i];

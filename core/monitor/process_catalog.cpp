@@ -6,6 +6,8 @@
 #include <unordered_map>
 #include <vector>
 
+#include "core/base/path_text.h"
+
 namespace pellwin::ProcessCatalog {
 namespace {
 
@@ -444,11 +446,6 @@ std::optional<CatalogMatch> matchName(std::string_view name, bool kernelThread) 
   return std::nullopt;
 }
 
-std::string_view lastComponent(std::string_view path) {
-  const auto slash = path.rfind('/');
-  return slash == std::string_view::npos ? path : path.substr(slash + 1);
-}
-
 bool startsWithAny(std::string_view path, std::span<const std::string_view> prefixes) {
   return std::ranges::any_of(prefixes, [&](std::string_view p) { return path.starts_with(p); });
 }
@@ -550,7 +547,7 @@ std::optional<KnownProcess> known(std::string_view processName) {
 std::optional<CatalogMatch> match(const ProcessSample& sample) {
   if (auto found = matchName(sample.name, sample.kernelThread)) return found;
   if (!sample.kernelThread && !sample.arguments.empty()) {
-    const std::string_view first = lastComponent(sample.arguments.front());
+    const std::string_view first = lastPathComponent(sample.arguments.front());
     if (first != sample.name) {
       if (auto found = matchName(first, false)) return found;
     }

@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "core/base/checked_math.h"
 #include "core/monitor/energy_impact.h"
 
 namespace pellwin {
@@ -15,7 +16,7 @@ namespace {
 
 // Counters only grow; one that went back (a reset, a reused pid) counts as no change.
 std::uint64_t increase(std::uint64_t newer, std::uint64_t older) {
-  return newer > older ? newer - older : 0;
+  return saturatingSubtract(newer, older);
 }
 
 double perSecond(std::uint64_t amount, double interval) {
@@ -23,26 +24,15 @@ double perSecond(std::uint64_t amount, double interval) {
 }
 
 std::uint64_t bytesOfPages(std::uint64_t pages, std::uint64_t pageSize) {
-  std::uint64_t bytes = 0;
-  if (__builtin_mul_overflow(pages, pageSize, &bytes))
-    return std::numeric_limits<std::uint64_t>::max();
-  return bytes;
+  return saturatingProduct(pages, pageSize);
 }
 
 MemoryReading memoryReading(const SystemSample& older, const SystemSample& newer, double interval,
                             bool measured) {
   const std::uint64_t appPages = increase(newer.internalPages, newer.purgeablePages);
-  std::uint64_t usedPages = 0;
-  if (__builtin_add_overflow(appPages, newer.wiredPages, &usedPages) ||
-      __builtin_add_overflow(usedPages, newer.compressorPages, &usedPages)) {
-    std::fprintf(stderr,
-                 "Tovrin: used memory pages overflow 64 bits (app %llu, wired %llu, "
-                 "compressor %llu)\n",
-                 static_cast<unsigned long long>(appPages),
-                 static_cast<unsigned long long>(newer.wiredPages),
-                 static_cast<unsigned long long>(newer.compressorPages));
-    std::abort();
-  }
+  const std::uint64_t usedPages =
+      checkedAdd(checkedAdd(appPages, newer.wiredPages, "used memory pages"),
+                 newer.compressorPages, "used memory pages");
   MemoryReading memory{
       .totalBytes = newer.physicalMemoryBytes,
       .usedBytes = std::min(bytesOfPages(usedPages, newer.pageSize), newer.physicalMemoryBytes),

@@ -4,6 +4,7 @@
 #include <cctype>
 
 #include "core/base/checked_math.h"
+#include "core/base/path_text.h"
 #include "core/space/project_advisor.h"
 
 namespace pellwin {
@@ -14,12 +15,6 @@ std::string lowered(std::string_view text) {
   std::string out(text);
   for (char& c : out) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
   return out;
-}
-
-std::string lastComponent(std::string_view path) {
-  while (path.size() > 1 && path.back() == '/') path.remove_suffix(1);
-  const std::size_t slash = path.rfind('/');
-  return std::string(slash == std::string_view::npos ? path : path.substr(slash + 1));
 }
 
 // `path` lies strictly below `folder` ("folder/" is a prefix of it).
@@ -76,7 +71,7 @@ std::optional<RemovalRefusal> RemovalSelection::refusal(const SizeNode& node, st
   const std::string below = lowered(node.path) + (node.path.ends_with('/') ? "" : "/");
   for (const auto* paths : {&guards.kept, &guards.mainFolders}) {
     for (const std::string& path : *paths) {
-      if (lowered(path).starts_with(below)) return holds(lastComponent(path));
+      if (lowered(path).starts_with(below)) return holds(std::string(lastPathComponent(path)));
     }
   }
   const auto split = RemovalRules::split(guards);

@@ -34,10 +34,10 @@ class RemovalSelection {
 
   // Picks the node unless refused. A node already covered by a picked item changes nothing;
   // picked items inside the node are taken out, and the node goes to the end.
-  std::optional<RemovalRefusal> add(const SizeNode& node, std::string_view home,
+  [[nodiscard]] std::optional<RemovalRefusal> add(const SizeNode& node, std::string_view home,
                                     const RemovalGuards& guards);
   // Unpicks the node when it is picked, else adds it.
-  std::optional<RemovalRefusal> toggle(const SizeNode& node, std::string_view home,
+  [[nodiscard]] std::optional<RemovalRefusal> toggle(const SizeNode& node, std::string_view home,
                                        const RemovalGuards& guards);
   void remove(std::string_view path);
   void clear() { items_.clear(); }

@@ -36,7 +36,7 @@ class SizeNodeChildren : public std::vector<SizeNode> {
   friend bool operator==(const SizeNodeChildren& a, const SizeNodeChildren& b);
 
   // Takes the nodes out, leaving this list empty.
-  std::vector<SizeNode> release() noexcept;
+  [[nodiscard]] std::vector<SizeNode> release() noexcept;
 };
 
 // Every field takes part in copying and comparing; a new field must also be added to

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "core/base/checked_math.h"
+#include "core/base/path_text.h"
 #include "core/space/folder_catalog.h"
 #include "core/space/project_rules.h"
 #include "probe/files/directory_listing.h"
@@ -32,13 +33,6 @@ std::string displayPath(std::string_view path, const std::optional<std::string>&
 }
 
 namespace {
-
-std::string lastComponent(std::string_view path) {
-  while (path.size() > 1 && path.back() == '/') path.remove_suffix(1);
-  if (path == "/") return "/";
-  const auto slash = path.rfind('/');
-  return std::string(slash == std::string_view::npos ? path : path.substr(slash + 1));
-}
 
 std::string joined(const std::string& folder, std::string_view name) {
   std::string path;
@@ -146,7 +140,7 @@ class Walk {
 
 SizeNode Walk::lockedNode(const std::string& path, double lastUsed) const {
   std::string shown = displayPath(path, stripPrefix_);
-  return {.name = lastComponent(shown),
+  return {.name = std::string(lastPathComponent(shown)),
           .path = std::move(shown),
           .bytes = 0,
           .isDirectory = true,
@@ -346,7 +340,7 @@ void Walk::finish() {
   SizeNode node = std::move(frame.node);
   node.path = stripPrefix_ ? displayPath(frame.path, stripPrefix_) : std::move(frame.path);
   if (node.path.empty()) node.path.push_back('/');
-  node.name = lastComponent(node.path);
+  node.name = std::string(lastPathComponent(node.path));
   if (depth_ >= 2) reopenParent(frames_[depth_ - 2], frame);
   if (frame.fd.valid()) {
     frame.fd = FileDescriptor();

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdlib>
 
+#include "core/base/checked_math.h"
 #include "probe/proc_file.h"
 #include "probe/text_number.h"
 
@@ -30,9 +31,9 @@ std::optional<Fraction> chargeFraction(const PowerSupply& supply) {
 std::optional<std::int64_t> minutesFromRate(const std::optional<std::int64_t>& amount,
                                             const std::optional<std::int64_t>& rate) {
   if (!amount || !rate || *rate == 0 || *amount <= 0 || *rate == INT64_MIN) return std::nullopt;
-  std::int64_t scaled = 0;
-  if (__builtin_mul_overflow(*amount, std::int64_t{60}, &scaled)) return std::nullopt;
-  return scaled / std::abs(*rate);
+  const auto scaled = checkedProduct(*amount, std::int64_t{60});
+  if (!scaled) return std::nullopt;
+  return *scaled / std::abs(*rate);
 }
 
 std::optional<int> minutesLeft(const PowerSupply& supply) {
@@ -62,9 +63,9 @@ std::optional<BatteryReading> batteryReading(const PowerSupply& supply) {
   if (supply.present && *supply.present == 0) return std::nullopt;
   const auto fraction = chargeFraction(supply);
   if (!fraction) return std::nullopt;
-  std::int64_t scaled = 0;
-  if (__builtin_mul_overflow(fraction->current, std::int64_t{100}, &scaled)) return std::nullopt;
-  const auto percent = std::clamp<std::int64_t>(scaled / fraction->max, 0, 100);
+  const auto scaled = checkedProduct(fraction->current, std::int64_t{100});
+  if (!scaled) return std::nullopt;
+  const auto percent = std::clamp<std::int64_t>(*scaled / fraction->max, 0, 100);
   const bool onBattery = supply.status == "Discharging";
   return BatteryReading{
       .percent = static_cast<int>(percent),

@@ -4,6 +4,7 @@
 #include <cctype>
 #include <utility>
 
+#include "core/base/path_text.h"
 #include "probe/system/cgroup_unit.h"
 
 namespace pellwin {
@@ -18,11 +19,6 @@ constexpr std::pair<std::string_view, std::string_view> aliases[] = {
     {"org.chromium.Chromium", "chromium"},
     {"org.chromium.Chromium", "chromium-browser"},
 };
-
-std::string baseName(std::string_view path) {
-  const auto slash = path.rfind('/');
-  return std::string(slash == std::string_view::npos ? path : path.substr(slash + 1));
-}
 
 std::string folderOf(std::string_view path) {
   const auto slash = path.rfind('/');
@@ -45,7 +41,7 @@ AppIdentity bareIdentity(const std::string& id, const std::string& name) {
 
 // "Obsidian-1.4.16.AppImage" → "Obsidian": the name before the version or architecture.
 std::string appImageName(const std::string& path) {
-  std::string name = baseName(path);
+  std::string name = std::string(lastPathComponent(path));
   for (const std::string_view suffix : {".AppImage", ".appimage"}) {
     if (name.ends_with(suffix)) name.resize(name.size() - suffix.size());
   }
@@ -121,7 +117,7 @@ const DesktopEntry* BundleIdentifierCache::byExecutable(const std::string& execu
   const DesktopEntry* entry = index_->byExecutable(executable);
   bool byName = false;
   if (!entry) {
-    entry = index_->byName(baseName(executable));
+    entry = index_->byName(std::string(lastPathComponent(executable)));
     byName = entry != nullptr;
   }
   executables_.emplace(executable, entry);
@@ -176,7 +172,7 @@ std::optional<AppIdentity> BundleIdentifierCache::resolve(const ProcessFacts& fa
   // The program itself: its executable, its install folder, an interpreter's script, and
   // the names it goes by.
   if (!facts.executable.empty()) {
-    const std::string program = baseName(facts.executable);
+    const std::string program = std::string(lastPathComponent(facts.executable));
     if (!isGenericProgramName(program)) {
       if (const auto* entry = byExecutable(facts.executable)) return identityOf(*entry);
     } else if (const auto* entry = index_->byExecutable(facts.executable)) {
@@ -186,7 +182,7 @@ std::optional<AppIdentity> BundleIdentifierCache::resolve(const ProcessFacts& fa
     }
   }
   if (!facts.arguments.empty()) {
-    if (const auto* entry = index_->byName(baseName(facts.arguments.front()))) {
+    if (const auto* entry = index_->byName(std::string(lastPathComponent(facts.arguments.front())))) {
       return identityOf(*entry);
     }
   }

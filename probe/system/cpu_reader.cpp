@@ -2,6 +2,7 @@
 
 #include <array>
 
+#include "core/base/checked_math.h"
 #include "probe/key_value_text.h"
 #include "probe/text_number.h"
 

@@ -4,6 +4,7 @@
 #include <array>
 #include <utility>
 
+#include "core/base/path_text.h"
 #include "probe/key_value_text.h"
 
 namespace pellwin {
@@ -70,11 +71,6 @@ std::vector<std::string> localeKeys(std::string_view locale) {
   if (!m.empty()) keys.push_back(l + "@" + m);
   keys.push_back(l);
   return keys;
-}
-
-std::string baseName(std::string_view path) {
-  const auto slash = path.rfind('/');
-  return std::string(slash == std::string_view::npos ? path : path.substr(slash + 1));
 }
 
 bool isFieldCode(std::string_view token) {
@@ -180,7 +176,7 @@ LaunchTarget launchTarget(std::vector<std::string> exec) {
   };
   auto dropFront = [&] { exec.erase(exec.begin()); };
   for (int depth = 0; depth < 8 && !exec.empty(); ++depth) {
-    const std::string program = baseName(exec.front());
+    const std::string program = std::string(lastPathComponent(exec.front()));
     if (program == "env") {
       dropFront();
       while (!exec.empty() &&
@@ -206,7 +202,7 @@ LaunchTarget launchTarget(std::vector<std::string> exec) {
   }
   LaunchTarget target;
   if (exec.empty()) return target;
-  const std::string program = baseName(exec.front());
+  const std::string program = std::string(lastPathComponent(exec.front()));
   if (program == "flatpak") {
     // flatpak run --branch=stable --command=x <app id> @@u %U @@
     for (std::size_t i = 2; i < exec.size(); ++i) {

@@ -7,6 +7,7 @@
 #include <set>
 #include <tuple>
 
+#include "core/base/path_text.h"
 #include "probe/proc_file.h"
 
 namespace pellwin {
@@ -30,11 +31,6 @@ std::string lowercase(std::string_view text) {
   std::string out(text);
   for (char& c : out) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
   return out;
-}
-
-std::string baseName(std::string_view path) {
-  const auto slash = path.rfind('/');
-  return std::string(slash == std::string_view::npos ? path : path.substr(slash + 1));
 }
 
 std::string parentFolder(std::string_view path) {
@@ -158,7 +154,7 @@ void DesktopIndex::add(DesktopEntry entry, const DesktopSources& sources) {
     const auto found = findProgram(program, sources.searchPath);
     const auto real = found ? realPath(*found) : std::nullopt;
     if (!real) continue;
-    if (isGenericProgramName(baseName(*real))) {
+    if (isGenericProgramName(std::string(lastPathComponent(*real)))) {
       // An interpreter: the app is the script it runs (python3 /usr/bin/meld).
       const auto script = std::find_if(target.arguments.begin() + 1, target.arguments.end(),
                                        [](const std::string& a) { return !a.starts_with("-"); });
@@ -178,8 +174,8 @@ void DesktopIndex::add(DesktopEntry entry, const DesktopSources& sources) {
         key(byFolder_, parentFolder(folder));
       }
     }
-    nameKey(baseName(program));
-    nameKey(baseName(*real));
+    nameKey(std::string(lastPathComponent(program)));
+    nameKey(std::string(lastPathComponent(*real)));
   }
   nameKey(stemOf(entry.id));
   nameKey(entry.startupWMClass);
@@ -230,7 +226,7 @@ const DesktopEntry* DesktopIndex::byExecutable(const std::string& executable) co
     }
   }
   if (candidates.empty()) return nullptr;
-  const std::string program = baseName(executable);
+  const std::string program = std::string(lastPathComponent(executable));
   auto rank = [&](const std::pair<std::size_t, bool>& candidate) {
     const DesktopEntry& e = entries_[candidate.first];
     return std::make_tuple(e.noDisplay, selectsAnApp(e), !candidate.second,

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 
+#include "core/base/checked_math.h"
 #include "probe/key_value_text.h"
 #include "probe/proc_file.h"
 #include "probe/text_number.h"

@@ -3,6 +3,7 @@
 #include <charconv>
 #include <system_error>
 
+#include "core/base/checked_math.h"
 #include "probe/key_value_text.h"
 #include "probe/proc_file.h"
 #include "probe/text_number.h"
@@ -135,9 +136,7 @@ std::optional<MemoryCounters> memoryCounters(const Meminfo& meminfo, const SwapT
                                              const std::optional<MemoryPressure>& pressure,
                                              std::uint64_t pageSize) {
   if (pageSize == 0) return std::nullopt;
-  const std::uint64_t hugeInUse =
-      meminfo.hugePagesTotal > meminfo.hugePagesFree ? meminfo.hugePagesTotal - meminfo.hugePagesFree
-                                                     : 0;
+  const std::uint64_t hugeInUse = saturatingSubtract(meminfo.hugePagesTotal, meminfo.hugePagesFree);
   std::optional<std::uint64_t> wiredKB = checkedProduct(hugeInUse, meminfo.hugePageSizeKB);
   for (const std::uint64_t part :
        {meminfo.sUnreclaimKB, meminfo.kernelStackKB, meminfo.pageTablesKB,
@@ -149,11 +148,8 @@ std::optional<MemoryCounters> memoryCounters(const Meminfo& meminfo, const SwapT
   const auto wired = wiredKB ? bytesFromKB(*wiredKB) : std::nullopt;
   const auto zswap = bytesFromKB(meminfo.zswapKB);
   const auto compressed = zswap ? checkedSum(*zswap, zramBytes) : std::nullopt;
-  const auto used = bytesFromKB(meminfo.totalKB > meminfo.availableKB
-                                    ? meminfo.totalKB - meminfo.availableKB
-                                    : 0);
-  const auto swapUsed = bytesFromKB(
-      meminfo.swapTotalKB > meminfo.swapFreeKB ? meminfo.swapTotalKB - meminfo.swapFreeKB : 0);
+  const auto used = bytesFromKB(saturatingSubtract(meminfo.totalKB, meminfo.availableKB));
+  const auto swapUsed = bytesFromKB(saturatingSubtract(meminfo.swapTotalKB, meminfo.swapFreeKB));
   if (!total || !free || !wired || !compressed || !used || !swapUsed) return std::nullopt;
 
   // Chosen so that app + wired + compressor pages, the used memory of the snapshot, come to
@@ -166,7 +162,7 @@ std::optional<MemoryCounters> memoryCounters(const Meminfo& meminfo, const SwapT
       .physicalMemoryBytes = *total,
       .pageSize = pageSize,
       .freePages = *free / pageSize,
-      .internalPages = usedPages > kernelPages ? usedPages - kernelPages : 0,
+      .internalPages = saturatingSubtract(usedPages, kernelPages),
       .purgeablePages = 0,
       .wiredPages = wiredPages,
       .compressorPages = compressorPages,

@@ -1,5 +1,6 @@
 #include "probe/system/process_files.h"
 
+#include "core/base/checked_math.h"
 #include "probe/key_value_text.h"
 #include "probe/text_number.h"
 

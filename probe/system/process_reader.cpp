@@ -9,6 +9,8 @@
 #include <cstdio>
 #include <memory>
 
+#include "core/base/checked_math.h"
+#include "core/base/path_text.h"
 #include "probe/system/cgroup_unit.h"
 #include "probe/system/cpu_reader.h"
 #include "probe/file_descriptor.h"
@@ -43,11 +45,6 @@ std::uint64_t ticksToNanos(std::uint64_t ticks, std::uint64_t ticksPerSecond) {
 std::uint64_t clockTicksPerSecond() {
   const long ticks = ::sysconf(_SC_CLK_TCK);
   return ticks > 0 ? static_cast<std::uint64_t>(ticks) : 100;
-}
-
-std::string lastComponent(const std::string& path) {
-  const auto slash = path.rfind('/');
-  return slash == std::string::npos ? path : path.substr(slash + 1);
 }
 
 // An executable replaced on disk while it runs (an upgrade) reads "/usr/bin/x (deleted)".
@@ -216,7 +213,7 @@ void ProcessReader::makeIdentity(int procFd, std::int32_t pid, const ProcessStat
   // its comm both name the memfd, so only its first argument says what it is.
   const bool fromMemory = isMemoryFile(facts.path);
   if (fromMemory) facts.path.clear();
-  facts.name = facts.path.empty() ? tracked.comm : lastComponent(facts.path);
+  facts.name = facts.path.empty() ? tracked.comm : std::string(lastPathComponent(facts.path));
   if (const auto boot = bootTime()) {
     facts.startTime = *boot + static_cast<double>(stat.startTicks) /
                                   static_cast<double>(ticksPerSecond_);
@@ -233,7 +230,7 @@ void ProcessReader::makeIdentity(int procFd, std::int32_t pid, const ProcessStat
       facts.path = facts.arguments.front();
     }
     if (fromMemory && !facts.arguments.empty() && !facts.arguments.front().empty()) {
-      facts.name = lastComponent(facts.arguments.front());
+      facts.name = std::string(lastPathComponent(facts.arguments.front()));
     }
   }
   tracked.facts = std::move(facts);
@@ -360,10 +357,8 @@ void ProcessReader::updateCounters(int procFd, std::int32_t pid, const ProcessSt
 
   tracked.rawRead = usage->io.readBytes;
   tracked.rawWrite = usage->io.writeBytes;
-  const std::uint64_t ownRead =
-      tracked.rawRead > tracked.reapedRead ? tracked.rawRead - tracked.reapedRead : 0;
-  const std::uint64_t ownWrite =
-      tracked.rawWrite > tracked.reapedWrite ? tracked.rawWrite - tracked.reapedWrite : 0;
+  const std::uint64_t ownRead = saturatingSubtract(tracked.rawRead, tracked.reapedRead);
+  const std::uint64_t ownWrite = saturatingSubtract(tracked.rawWrite, tracked.reapedWrite);
   // Cumulative counters never go back, even when a child's totals were taken off before the
   // kernel added them (the child was reaped after its parent was read).
   tracked.reportedRead = tracked.counted ? std::max(tracked.reportedRead, ownRead) : ownRead;
