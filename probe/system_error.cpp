@@ -39,15 +39,13 @@ std::string gerund(const std::string& verb) {
 std::string sentence(const SystemError& error, ErrorWording wording) {
   std::string reason = reasonOf(error);
   switch (wording) {
-    case ErrorWording::reason:
-      return reason;
+    case ErrorWording::reason: return reason;
     case ErrorWording::reasonAndPath:
       if (error.target.empty()) return reason + " (" + error.path + ")";
       return reason + " (" + error.path + " to " + error.target + ")";
     case ErrorWording::reasonAndStep:
       return reason + " (" + gerund(error.operation) + " " + error.path + ")";
-    case ErrorWording::pathAfterReason:
-      return reason + ": " + error.path;
+    case ErrorWording::pathAfterReason: return reason + ": " + error.path;
   }
   return reason;
 }
