@@ -159,8 +159,7 @@ std::optional<ProcessReader::Usage> ProcessReader::readUsage(int procFd, std::in
   ProcessIO io;
   if (const auto ioText = readFileAt(procFd, pidPath(pid, "io"), ioBuffer_, ReadExtent::oneRecord)) {
     io = parseProcessIO(*ioText);
-  } else if (ioText.error() == ReadFailure::gone &&
-             ::faccessat(procFd, pidPath(pid, "stat"), F_OK, 0) != 0) {
+  } else if (ioText.error().isGone() && ::faccessat(procFd, pidPath(pid, "stat"), F_OK, 0) != 0) {
     // Gone between stat and io. (A kernel without I/O accounting has no io file at all; its
     // processes stay, with 0 bytes.)
     return std::nullopt;
