@@ -17,7 +17,10 @@ namespace pellwin {
 
 void migrateDataFolder(const Environment& environment, std::ostream& err) {
   auto moved = AppDataFolder::migrate(applicationSupport(environment));
-  if (!moved) err << "Couldn't move the data folder to its new name: " << moved.error() << "\n";
+  if (!moved) {
+    err << "Couldn't move the data folder to its new name: "
+        << sentence(moved.error(), ErrorWording::reasonAndPath) << "\n";
+  }
 }
 
 std::string defaultHistoryFile(const Environment& environment) {

@@ -12,24 +12,14 @@ namespace pellwin {
 
 namespace {
 
-ReadFailure failureOf(int error) {
-  switch (error) {
-    case ENOENT:
-    case ESRCH: return ReadFailure::gone;
-    case EACCES:
-    case EPERM: return ReadFailure::denied;
-    default: return ReadFailure::other;
-  }
-}
-
 constexpr std::size_t initialCapacity = 4096;
 
 }  // namespace
 
-std::expected<std::string_view, ReadFailure> readFileAt(int dirFd, const char* relative,
+std::expected<std::string_view, SystemError> readFileAt(int dirFd, const char* relative,
                                                         std::string& buffer, ReadExtent extent) {
   const FileDescriptor file(::openat(dirFd, relative, O_RDONLY | O_CLOEXEC | O_NOCTTY));
-  if (!file.valid()) return std::unexpected(failureOf(errno));
+  if (!file.valid()) return std::unexpected(SystemError::fromErrno("open", relative));
   if (buffer.size() < initialCapacity) buffer.resize(initialCapacity);
   std::size_t used = 0;
   for (;;) {
@@ -37,7 +27,7 @@ std::expected<std::string_view, ReadFailure> readFileAt(int dirFd, const char* r
     const ssize_t got = ::read(file.get(), buffer.data() + used, buffer.size() - used);
     if (got < 0) {
       if (errno == EINTR) continue;
-      return std::unexpected(failureOf(errno));
+      return std::unexpected(SystemError::fromErrno("read", relative));
     }
     if (got == 0) break;
     const bool filled = used + static_cast<std::size_t>(got) == buffer.size();

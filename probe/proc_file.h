@@ -9,13 +9,9 @@
 #include <string_view>
 #include <vector>
 
-namespace pellwin {
+#include "probe/system_error.h"
 
-enum class ReadFailure {
-  gone,    // ENOENT or ESRCH: the file, or the process behind it, is not there
-  denied,  // EACCES or EPERM
-  other,   // anything else, such as EISDIR or EIO
-};
+namespace pellwin {
 
 // How far to read. Files that the kernel writes as one record (seq_file single_open: a
 // process's stat, status, io, cgroup) hand out their whole text in the first read that has
@@ -25,10 +21,10 @@ enum class ReadFailure {
 enum class ReadExtent { untilEnd, oneRecord };
 
 // Reads the file at `relative` (below the directory `dirFd`) into `buffer`, which is reused from
-// call to call, and returns a view of the contents, valid until the buffer changes.
-[[nodiscard]] std::expected<std::string_view, ReadFailure> readFileAt(
-    int dirFd, const char* relative, std::string& buffer,
-    ReadExtent extent = ReadExtent::untilEnd);
+// call to call, and returns a view of the contents, valid until the buffer changes. A failure
+// names `relative`; SystemError::isGone tells a process that ended from a real failure.
+[[nodiscard]] std::expected<std::string_view, SystemError> readFileAt(
+    int dirFd, const char* relative, std::string& buffer, ReadExtent extent = ReadExtent::untilEnd);
 
 // Reads a whole file; absent when it cannot be opened or read.
 [[nodiscard]] std::optional<std::string> readTextFile(const std::filesystem::path& path);

@@ -272,7 +272,7 @@ TEST_F(HistoryStoreTest, PointsReadSamplesForShortRangesAndMinutesForLongOnes) {
   EXPECT_EQ(store().points(HistoryRange::month, end)->size(), 3u);
 }
 
-TEST(CauseJSON, EncodesWithTheDesignKeysAndRejectsWhatItCannotRead) {
+TEST(CauseJSON, EncodesWithItsStoredKeysAndRejectsWhatItCannotRead) {
   EXPECT_EQ(encodeCauses({{.appID = "app:slack", .name = "Slack", .seconds = 12.5}}),
             R"([{"appID":"app:slack","name":"Slack","seconds":12.5}])");
   EXPECT_EQ(encodeCauses({{.appID = "a", .name = "bad \xff byte", .seconds = 1}}), "[]");

@@ -1,7 +1,7 @@
 // A thin owner of one SQLite connection and its prepared statements, over SQLite's C
 // interface. Every failing call becomes an SQLiteError with the connection's code and message.
-// Not thread-safe by design: the connection is opened without SQLite's mutex, so a database and
-// its statements must be used from one thread at a time.
+// Deliberately not thread-safe: the connection is opened without SQLite's mutex, so a database
+// and its statements must be used from one thread at a time.
 #pragma once
 
 #include <cstdint>

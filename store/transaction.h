@@ -11,7 +11,8 @@
 namespace pellwin {
 
 template <class Error, class Body>
-std::expected<void, Error> inTransaction(const SQLiteDatabase& database, Body&& body) {
+[[nodiscard]] std::expected<void, Error> inTransaction(const SQLiteDatabase& database,
+                                                       Body&& body) {
   if (auto begun = database.exec("BEGIN IMMEDIATE"); !begun) return std::unexpected(begun.error());
   std::expected<void, Error> result = body();
   if (result) {
@@ -19,6 +20,7 @@ std::expected<void, Error> inTransaction(const SQLiteDatabase& database, Body&& 
       result = std::unexpected(committed.error());
     }
   }
+  // The body's or the commit's error is the one to report, whatever ROLLBACK says.
   if (!result) (void)database.exec("ROLLBACK");
   return result;
 }

@@ -102,6 +102,7 @@ std::vector<std::string> lines(const Snapshot& snapshot, const std::map<Resource
 void run(const std::function<SystemSample()>& read,
          const std::function<void(double seconds)>& sleep, std::ostream& out) {
   SnapshotBuilder builder;
+  // The first reading is only the baseline: it never gives a snapshot.
   (void)builder.ingest(read());
   sleep(2.0);
   const std::optional<Snapshot> snapshot = builder.ingest(read());

@@ -4,11 +4,11 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
+#include <tuple>
 
 #include "probe/files/folder_walk.h"
 
@@ -52,7 +52,7 @@ std::vector<std::string> entryNames(const std::string& trashDirectory) {
 std::optional<std::string> removeFolder(const std::string& path) {
   const fs::path folder(path);
   auto parent = openFolderWithoutLinks(folder.parent_path().string(), O_PATH);
-  if (!parent) return describeError(parent.error());
+  if (!parent) return sentence(parent.error(), ErrorWording::reason);
   auto removed = removeTree(parent->get(), folder.filename().string());
   if (!removed) return removed.error();
   return std::nullopt;
@@ -82,8 +82,9 @@ std::expected<SelfTestScratch, std::string> SelfTestScratch::create(const std::s
                                                                     const std::string& label) {
   std::string pattern = home + "/.tovrin-" + label + "-XXXXXX";
   if (::mkdtemp(pattern.data()) == nullptr) {
-    return std::unexpected("couldn't make a scratch folder in " + home + ": " +
-                           describeError(errno));
+    return std::unexpected(
+        "couldn't make a scratch folder in " + home + ": " +
+        sentence(SystemError::fromErrno("mkdir", pattern), ErrorWording::reason));
   }
   char* real = ::realpath(pattern.c_str(), nullptr);
   const std::string folder = real != nullptr ? real : pattern;
@@ -125,7 +126,9 @@ SelfTestScratch::SelfTestScratch(SelfTestScratch&& other) noexcept
   other.cleaned_ = true;
 }
 
-SelfTestScratch::~SelfTestScratch() { cleanUp(); }
+// A destructor has no one to tell: callers that want the problem call cleanUp themselves first,
+// and a second call finds nothing left to do.
+SelfTestScratch::~SelfTestScratch() { std::ignore = cleanUp(); }
 
 std::expected<std::string, std::string> SelfTestScratch::outsideFolder() {
   if (!outside_.empty()) return outside_;

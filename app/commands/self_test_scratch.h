@@ -37,7 +37,7 @@ class SelfTestScratch {
   [[nodiscard]] std::vector<FreedesktopTrash::Entry> newEntries() const;
 
   // Erases what was made and puts the Trash back; safe to call twice. Returns the first problem.
-  std::optional<std::string> cleanUp();
+  [[nodiscard]] std::optional<std::string> cleanUp();
 
  private:
   struct TrashState {

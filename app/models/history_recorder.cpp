@@ -79,6 +79,7 @@ HistoryRecorder::~HistoryRecorder() {
     Worker& w = *worker_;
     if (!w.store || !w.rollup) return;
     const RollupOutput rest = w.rollup->flush();
+    // At shutdown there is no one left to tell of a failed write.
     if (!rest.isEmpty()) (void)w.store->write(rest);
   });
   // The queue's destructor runs the flush and everything before it, then joins.
@@ -134,6 +135,8 @@ void HistoryRecorder::markAlertsRead() {
   observed_->unreadAlerts = 0;
   if (observed_->changed) observed_->changed();
   queue_.async([this] {
+    // The badge is cleared already; alerts a failure leaves unread are counted again with the
+    // next new alert.
     if (worker_->store) (void)worker_->store->markAllAlertsRead();
   });
 }
@@ -143,6 +146,7 @@ void HistoryRecorder::logClean(std::string rules, std::uint64_t bytesDeleted,
   queue_.async(
       [this, time = setup_.now(), rules = std::move(rules), bytesDeleted, bytesTrashed, items] {
         if (worker_->store) {
+          // The clean is done either way; a failure only leaves it out of the history.
           (void)worker_->store->logClean(time, rules, bytesDeleted, bytesTrashed, items);
         }
       });

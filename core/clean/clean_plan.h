@@ -12,7 +12,7 @@
 
 #include "core/base/enum_text.h"
 #include "core/clean/clean_action.h"
-#include "core/clean/cleaner_catalog.h"
+#include "core/clean/clean_group.h"
 
 namespace pellwin {
 

@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "core/clean/cleaner_catalog.h"
+#include "core/clean/clean_group.h"
 #include "core/clean/running_set.h"
 
 namespace pellwin {

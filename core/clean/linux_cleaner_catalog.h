@@ -1,4 +1,4 @@
-// Quick clean's catalog for Linux: the same five-slot shape as the reference table, with the
+// Quick clean's catalog for Linux: the same five-group shape as the macOS catalog, with the
 // places Linux tools really use. The XDG base folders move several of them, so the table is
 // made for one home and environment; paths stay relative to home.
 #pragma once
@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "core/clean/cleaner_catalog.h"
+#include "core/clean/clean_group.h"
 
 namespace pellwin {
 

@@ -5,6 +5,7 @@
 #include <unordered_map>
 
 #include "core/base/path_text.h"
+#include "core/monitor/macos_app_paths.h"
 #include "core/monitor/process_catalog.h"
 
 namespace pellwin::AppGrouper {
@@ -35,9 +36,9 @@ Classified systemPart(CatalogMatch part) {
 }
 
 Classified classify(const ProcessSample& sample) {
-  if (ProcessCatalog::isFrameworkPython(sample.path)) return onItsOwn(sample, true);
-  if (auto bundle = outermostBundlePath(sample.path)) {
-    if (sample.path.starts_with("/System/")) {
+  if (MacosAppPaths::isFrameworkPython(sample.path)) return onItsOwn(sample, true);
+  if (auto bundle = MacosAppPaths::outermostBundlePath(sample.path)) {
+    if (MacosAppPaths::isSystemFolder(sample.path)) {
       if (auto entry = ProcessCatalog::known(sample.name)) {
         return systemPart({.key = sample.name, .entry = *entry});
       }
@@ -143,12 +144,6 @@ std::string key(const ProcessSample& sample) {
   std::string key;
   writeKey(classify(sample), key);
   return key;
-}
-
-std::optional<std::string_view> outermostBundlePath(std::string_view path) {
-  const auto at = path.find(".app/");
-  if (at == std::string_view::npos) return std::nullopt;
-  return path.substr(0, at + 4);
 }
 
 std::string commandLine(const ProcessSample& sample) {

@@ -27,10 +27,6 @@ using BundleIdentifierLookup = std::function<std::optional<std::string>(std::str
 // - "app:BUNDLE" for an app bundle's processes, "app:ID" for a desktop app's processes.
 [[nodiscard]] std::string key(const ProcessSample& sample);
 
-// The path cut just after the first ".app" followed by "/", so a helper app nested in an app
-// bundle yields the outer bundle; none when the path has no ".app/".
-[[nodiscard]] std::optional<std::string_view> outermostBundlePath(std::string_view path);
-
 // The executable's last path component and the remaining arguments, blank-separated, with runs
 // of white space collapsed; longer than 160 characters, it is cut to 159 and "…".
 [[nodiscard]] std::string commandLine(const ProcessSample& sample);

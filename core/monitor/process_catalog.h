@@ -43,15 +43,12 @@ namespace ProcessCatalog {
 // read belongs to another user, which on a one-person desktop is the system.
 [[nodiscard]] std::optional<CatalogMatch> systemPart(const ProcessSample& sample);
 
-// Where the operating system's own programs live: the distribution's folders (not /usr/local).
+// Where the operating system's own programs live: the distribution's folders (not /usr/local),
+// and macOS's system folder.
 [[nodiscard]] bool isSystemLocation(std::string_view path);
 
 // "node", "python3", … or any name beginning with "python3.".
 [[nodiscard]] bool isInterpreter(std::string_view processName);
-
-// A framework Python (a Python inside a framework folder other than its app stub) is always
-// shown on its own.
-[[nodiscard]] bool isFrameworkPython(std::string_view path);
 
 // The category of an app's display name in the table of well-known apps.
 [[nodiscard]] std::optional<AppCategory> categoryOfName(std::string_view name);

@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <vector>
 
+#include "core/space/folder_catalog_rows.h"
+
 namespace pellwin::FolderCatalog {
 namespace {
 
@@ -129,6 +131,16 @@ Match bestMatch(const Located& at) {
 }
 
 }  // namespace
+
+std::span<const FolderEntry> entries() {
+  // Built once and never changed, so sharing it between threads is safe.
+  static const std::vector<FolderEntry> rows = [] {
+    std::vector<FolderEntry> all(linuxRows().begin(), linuxRows().end());
+    all.insert(all.end(), macosRows().begin(), macosRows().end());
+    return all;
+  }();
+  return rows;
+}
 
 std::optional<FolderEntry> best(std::string_view path, std::string_view home) {
   const Match match = bestMatch(locate(path, home));

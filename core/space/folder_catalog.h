@@ -25,12 +25,10 @@ struct FolderEntry {
 
 namespace FolderCatalog {
 
-// Every row. The Linux rows come first, then the design's 70 rows in their order: where a
-// Linux row and one of the 70 describe the same folder (the XDG cache), the Linux wording wins
-// because equal matches go to the earlier row.
+// Every row: the rows live on Linux, then the macOS rows. Where both describe the same folder
+// (the cache folder in home), the Linux wording wins because equal matches go to the earlier
+// row.
 [[nodiscard]] std::span<const FolderEntry> entries();
-[[nodiscard]] std::span<const FolderEntry> linuxEntries();
-[[nodiscard]] std::span<const FolderEntry> designEntries();
 
 // The best matching row: the deepest match wins, the earlier row on equal depth. A row matches
 // a path that is its folder or lies inside it, component by component. Home-relative and

@@ -2,13 +2,11 @@
 
 #include <sys/stat.h>
 
-#include <cerrno>
 #include <cstdio>
-#include <cstring>
 
 namespace pellwin::AppDataFolder {
 
-std::expected<DataFolderMove, std::string> migrate(const std::string& applicationSupport) {
+std::expected<DataFolderMove, SystemError> migrate(const std::string& applicationSupport) {
   const std::string current = DataFolder::path(applicationSupport);
   const std::string former = DataFolder::formerPath(applicationSupport);
 
@@ -19,8 +17,9 @@ std::expected<DataFolderMove, std::string> migrate(const std::string& applicatio
   const DataFolderMove decision = DataFolder::move(currentExists, formerExists);
   if (decision != DataFolderMove::move) return decision;
   if (::rename(former.c_str(), current.c_str()) != 0) {
-    return std::unexpected(std::string(std::strerror(errno)) + " (" + former + " to " + current +
-                           ")");
+    SystemError failure = SystemError::fromErrno("rename", former);
+    failure.target = current;
+    return std::unexpected(std::move(failure));
   }
   return decision;
 }

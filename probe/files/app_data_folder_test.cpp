@@ -16,7 +16,7 @@ TEST(AppDataFolder, MovesTheFormerFolderWithItsContents) {
   testing::ScratchFolder base;
   base.write("Pellwin/history.sqlite", "rows");
   auto result = AppDataFolder::migrate(base.path().string());
-  ASSERT_TRUE(result.has_value()) << result.error();
+  ASSERT_TRUE(result.has_value()) << sentence(result.error(), ErrorWording::reasonAndPath);
   EXPECT_EQ(*result, DataFolderMove::move);
   EXPECT_FALSE(fs::exists(base / "Pellwin"));
   EXPECT_TRUE(fs::exists(base / "Tovrin/history.sqlite"));
@@ -67,7 +67,9 @@ TEST(AppDataFolder, ReportsAFailedMoveAsASentence) {
   auto result = AppDataFolder::migrate(base.path().string());
   fs::permissions(base.path(), fs::perms::owner_all);
   ASSERT_FALSE(result.has_value());
-  EXPECT_NE(result.error().find("Permission denied"), std::string::npos);
+  EXPECT_EQ(sentence(result.error(), ErrorWording::reasonAndPath),
+            "Permission denied (" + DataFolder::formerPath(base.path().string()) + " to " +
+                DataFolder::path(base.path().string()) + ")");
 }
 
 }  // namespace

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "core/clean/clean_plan.h"
-#include "core/clean/cleaner_catalog.h"
+#include "core/clean/clean_group.h"
 #include "core/clean/cleaner_running.h"
 
 namespace pellwin {

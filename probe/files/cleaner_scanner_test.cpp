@@ -13,6 +13,7 @@
 #include <string>
 
 #include "core/clean/linux_cleaner_catalog.h"
+#include "core/clean/macos_cleaner_catalog.h"
 #include "testing/scratch_folder.h"
 
 namespace pellwin {
@@ -203,7 +204,7 @@ TEST(CleanerScanner, ASharedPnpmStoreCountsOnlyWhatRemovingItFrees) {
   fs::create_directories(h / "code/app/node_modules/.pnpm");
   fs::create_hard_link(shared, h / "code/app/node_modules/.pnpm/shared");
   const CleanerScanner scanner(h.path().string(), LinuxCleanerCatalog::groups({.home = h.path().string()}));
-  const auto items = itemsByName(scanner.plan({}, now).groups.front());
+  const auto items = itemsByName(group(scanner.plan({}, now), "developer-caches"));
   ASSERT_TRUE(items.contains("pnpm store"));
   EXPECT_LT(items.at("pnpm store"), duBytes(h / ".local/share/pnpm/store"));
   EXPECT_GE(items.at("pnpm store"), 100'000u);
@@ -229,26 +230,38 @@ TEST(CleanerScanner, ACacheFolderReachedThroughALinkOrAMountedChildIsLeftOut) {
   home.write(".cache/mounted/data.bin", std::string(1'000'000, 'm'));
   const CleanerScanner scanner(home.path().string(),
                                LinuxCleanerCatalog::groups({.home = home.path().string()}));
-  const auto items = itemsByName(scanner.plan({}, now).groups[1]);
+  const auto items = itemsByName(group(scanner.plan({}, now), "app-caches"));
   ::umount((home / ".cache/mounted").c_str());
   EXPECT_EQ(items.size(), 1u);
   EXPECT_TRUE(items.contains("thumbnails"));
 }
 
-TEST(CleanerScanner, TheDesignTableSkipsXcodeGroupsAndAgesLogsByTheDay) {
+TEST(CleanerScanner, TheMacosTableSkipsXcodeGroupsAndAgesLogsByTheDay) {
   ScratchFolder h;
   h.write("Library/Developer/Xcode/DerivedData/App-abc/Build/x", std::string(10'000, 'x'));
   h.write("Library/Logs/six/x.log", "6");
   h.write("Library/Logs/eight/x.log", "8");
   ageTree(h / "Library/Logs/six", 6);
   ageTree(h / "Library/Logs/eight", 8);
-  const CleanerScanner scanner(h.path().string(), CleanerCatalog::groups());
+  const CleanerScanner scanner(h.path().string(), MacosCleanerCatalog::groups());
   const CleanPlan plan = scanner.plan({.bundleIDs = {"com.apple.dt.xcode"}}, now);
-  EXPECT_EQ(skipsByName(plan.groups[3]),
+  EXPECT_EQ(skipsByName(group(plan, "xcode-build")),
             (std::map<std::string, std::string>{{"App-abc", "Xcode is open"}}));
-  const auto logs = itemsByName(plan.groups[2]);
+  const auto logs = itemsByName(group(plan, "old-logs"));
   EXPECT_TRUE(logs.contains("eight"));
   EXPECT_FALSE(logs.contains("six"));
+}
+
+TEST(CleanerScanner, TheMacosTableOffersHomebrewsCacheOnlyAsItsToolCache) {
+  ScratchFolder h;
+  h.write("Library/Caches/Homebrew/downloads/abc--wget.bottle.tar.gz", std::string(40'000, 'b'));
+  h.write("Library/Caches/com.example.Editor/Cache.db", std::string(20'000, 'e'));
+  const CleanerScanner scanner(h.path().string(), MacosCleanerCatalog::groups());
+  const CleanPlan plan = scanner.plan({}, now);
+  EXPECT_TRUE(itemsByName(group(plan, "developer-caches")).contains("Homebrew cache"));
+  EXPECT_EQ(itemsByName(group(plan, "app-caches")),
+            (std::map<std::string, std::uint64_t>{
+                {"com.example.Editor", duBytes(h / "Library/Caches/com.example.Editor")}}));
 }
 
 }  // namespace

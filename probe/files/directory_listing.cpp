@@ -8,6 +8,8 @@
 #include <cerrno>
 #include <cstddef>
 #include <limits>
+#include <optional>
+#include <utility>
 
 #include "probe/files/folder_walk.h"
 
@@ -41,39 +43,61 @@ DirectoryEntry DirectoryEntry::from(std::string_view name, const struct stat& in
 
 namespace DirectoryListing {
 
-int read(int folderFd, std::vector<char>& buffer,
-         const std::function<void(std::string_view name, const struct stat& info)>& each) {
+namespace {
+std::string entryPath(const std::string& folderPath, std::string_view name) {
+  std::string path = folderPath;
+  if (path.empty() || path.back() != '/') path += '/';
+  path += name;
+  return path;
+}
+}  // namespace
+
+std::expected<void, SystemError> read(
+    int folderFd, const std::string& folderPath, std::vector<char>& buffer,
+    const std::function<void(std::string_view name, const struct stat& info)>& each) {
   // getdents64 straight into a reused buffer: the walk's hot loop, with no DIR stream to
   // allocate per folder. 64 KiB holds a few hundred names per call.
   if (buffer.size() < 65536) buffer.resize(65536);
+  std::optional<SystemError> passedOver;
   while (true) {
     const ssize_t filled = ::getdents64(folderFd, buffer.data(), buffer.size());
-    if (filled < 0) return errno;
-    if (filled == 0) return 0;
+    if (filled < 0) return std::unexpected(SystemError::fromErrno("read", folderPath));
+    if (filled == 0) break;
     for (ssize_t offset = 0; offset < filled;) {
       const auto* record = reinterpret_cast<const struct dirent64*>(buffer.data() + offset);
       offset += record->d_reclen;
       const std::string_view name = record->d_name;
       if (name == "." || name == "..") continue;
       struct stat info {};
-      if (::fstatat(folderFd, record->d_name, &info, AT_SYMLINK_NOFOLLOW) != 0) continue;
+      if (::fstatat(folderFd, record->d_name, &info, AT_SYMLINK_NOFOLLOW) != 0) {
+        // A folder that may be read but not searched (r without x) lists every name and
+        // lets none be examined: EACCES here, not at the open.
+        if (errno != ENOENT && !passedOver) {
+          passedOver = SystemError::fromErrno("lstat", entryPath(folderPath, name));
+        }
+        continue;
+      }
       each(name, info);
     }
   }
+  if (passedOver) return std::unexpected(std::move(*passedOver));
+  return {};
 }
 
 Result list(const std::string& path) {
   FileDescriptor folder(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   if (!folder.valid()) {
     if (errno == EACCES || errno == EPERM) return Locked{};
-    return Unreadable{.error = errno};
+    return Unreadable{.error = SystemError::fromErrno("open", path)};
   }
   Entries result;
   std::vector<char> buffer;
-  // A read error part-way keeps what was read, as readdir would.
-  (void)read(folder.get(), buffer, [&](std::string_view name, const struct stat& info) {
-    result.entries.push_back(DirectoryEntry::from(name, info));
-  });
+  // A read error part-way keeps what was read, as readdir would, and says so.
+  auto listed =
+      read(folder.get(), path, buffer, [&](std::string_view name, const struct stat& info) {
+        result.entries.push_back(DirectoryEntry::from(name, info));
+      });
+  if (!listed) result.incomplete = std::move(listed.error());
   return result;
 }
 

@@ -6,11 +6,15 @@
 #include <sys/stat.h>
 
 #include <cstdint>
+#include <expected>
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <variant>
 #include <vector>
+
+#include "probe/system_error.h"
 
 namespace pellwin {
 
@@ -35,6 +39,9 @@ namespace DirectoryListing {
 
 struct Entries {
   std::vector<DirectoryEntry> entries{};  // in the order the kernel gave them
+  // Set when the listing is incomplete: reading the folder failed part-way, or an entry could
+  // not be examined. `entries` then holds what could be read.
+  std::optional<SystemError> incomplete{};
   friend bool operator==(const Entries&, const Entries&) = default;
 };
 // The folder could not be opened because the system keeps it private (EACCES, EPERM).
@@ -43,21 +50,26 @@ struct Locked {
 };
 // The folder could not be opened for any other reason: gone, not a folder, an I/O error.
 struct Unreadable {
-  int error = 0;
+  SystemError error{};
   friend bool operator==(const Unreadable&, const Unreadable&) = default;
 };
 using Result = std::variant<Entries, Locked, Unreadable>;
 
 // Opens the folder at `path` (a link at the path itself is followed, as opendir does) and
-// lists it. An entry that cannot be examined (it vanished meanwhile) is left out.
+// lists it. An entry that vanished meanwhile is left out; one that cannot be examined for any
+// other reason is left out too, and makes the listing incomplete.
 [[nodiscard]] Result list(const std::string& path);
 
 // Reads every entry of the open folder `folderFd`, "." and ".." left out, calling `each` with
-// the name and its fstatat (AT_SYMLINK_NOFOLLOW) as soon as it is read. `buffer` is scratch
-// space reused between calls so that a walk allocates nothing per folder. An entry that cannot
-// be examined is passed over. Returns 0, or the errno of a failed read.
-int read(int folderFd, std::vector<char>& buffer,
-         const std::function<void(std::string_view name, const struct stat& info)>& each);
+// the name and its fstatat (AT_SYMLINK_NOFOLLOW) as soon as it is read. `folderPath` names the
+// folder in a failure. `buffer` is scratch space reused between calls so that a walk allocates
+// nothing per folder. An entry that vanished between reading and examining (ENOENT) is passed
+// over as normal. Returns nothing when every entry was read and examined, else the first
+// failure: "read" of the folder (the entries before it were passed on, none after), or "lstat"
+// of an entry (passed over; the other entries are still passed on).
+[[nodiscard]] std::expected<void, SystemError> read(
+    int folderFd, const std::string& folderPath, std::vector<char>& buffer,
+    const std::function<void(std::string_view name, const struct stat& info)>& each);
 
 }  // namespace DirectoryListing
 

@@ -6,7 +6,6 @@
 
 #include <chrono>
 #include <cmath>
-#include <cstring>
 #include <deque>
 #include <unordered_map>
 #include <vector>
@@ -22,7 +21,7 @@ namespace pellwin {
 
 std::string ScanError::description() const {
   if (kind == ScanErrorKind::cancelled) return "The scan was cancelled";
-  return std::string(std::strerror(error)) + ": " + path;
+  return sentence(failure, ErrorWording::pathAfterReason);
 }
 
 std::string displayPath(std::string_view path, const std::optional<std::string>& stripPrefix) {
@@ -110,7 +109,8 @@ class Walk {
  private:
   void enter(const std::string& path, std::uint64_t device, std::uint64_t inode,
              std::uint64_t ownBytes, double lastUsed, int parentFd, std::string_view name);
-  void listInto(Frame& frame);
+  [[nodiscard]] bool listInto(Frame& frame);
+  void attachLocked(const std::string& path, double lastUsed);
   void handle(Frame& frame, const Listed& entry);
   void countFile(Frame& frame, const Listed& entry);
   void finish();
@@ -164,31 +164,41 @@ void Walk::emit(const std::string& path) {
   progress_({.items = items_, .bytes = bytes_, .currentPath = displayPath(path, stripPrefix_)});
 }
 
-void Walk::listInto(Frame& frame) {
+// Lists the frame's folder; false when the listing is incomplete.
+bool Walk::listInto(Frame& frame) {
   frame.names.clear();
   frame.listing.clear();
   frame.next = 0;
-  (void)DirectoryListing::read(frame.fd.get(), buffer_,
-                               [&](std::string_view name, const struct stat& info) {
-    const bool isDirectory = S_ISDIR(info.st_mode);
-    if (ProjectRules::isMarker(name, isDirectory)) {
-      if (!frame.node.markers) frame.node.markers.emplace();
-      frame.node.markers->emplace_back(name);
-    }
-    frame.listing.push_back({.nameOffset = frame.names.size(),
-                             .nameLength = name.size(),
-                             .isDirectory = isDirectory,
-                             .bytes = allocatedBytes(info),
-                             .device = static_cast<std::uint64_t>(info.st_dev),
-                             .inode = static_cast<std::uint64_t>(info.st_ino),
-                             .links = info.st_nlink,
-                             .lastUsed = lastUsedDate(info)});
-    frame.names.append(name);
-  });
+  const auto listed = DirectoryListing::read(
+      frame.fd.get(), frame.path, buffer_, [&](std::string_view name, const struct stat& info) {
+        const bool isDirectory = S_ISDIR(info.st_mode);
+        if (ProjectRules::isMarker(name, isDirectory)) {
+          if (!frame.node.markers) frame.node.markers.emplace();
+          frame.node.markers->emplace_back(name);
+        }
+        frame.listing.push_back({.nameOffset = frame.names.size(),
+                                 .nameLength = name.size(),
+                                 .isDirectory = isDirectory,
+                                 .bytes = allocatedBytes(info),
+                                 .device = static_cast<std::uint64_t>(info.st_dev),
+                                 .inode = static_cast<std::uint64_t>(info.st_ino),
+                                 .links = info.st_nlink,
+                                 .lastUsed = lastUsedDate(info)});
+        frame.names.append(name);
+      });
+  return listed.has_value();
+}
+
+void Walk::attachLocked(const std::string& path, double lastUsed) {
+  if (depth_ == 0) {
+    result_ = lockedNode(path, lastUsed);
+  } else {
+    attach(frames_[depth_ - 1], lockedNode(path, lastUsed));
+  }
 }
 
 // Starts visiting a folder: a new frame whose node is complete once its listing is used up.
-// A folder that cannot be opened becomes a locked node of its parent at once.
+// A folder that cannot be opened, or listed in full, becomes a locked node of its parent at once.
 void Walk::enter(const std::string& path, std::uint64_t device, std::uint64_t inode,
                  std::uint64_t ownBytes, double lastUsed, int parentFd, std::string_view name) {
   emit(path);
@@ -199,11 +209,7 @@ void Walk::enter(const std::string& path, std::uint64_t device, std::uint64_t in
                                    O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
   if (!fd.valid()) {
     // Private or vanished alike: the walk makes no difference between them.
-    if (depth_ == 0) {
-      result_ = lockedNode(path, lastUsed);
-    } else {
-      attach(frames_[depth_ - 1], lockedNode(path, lastUsed));
-    }
+    attachLocked(path, lastUsed);
     return;
   }
   if (frames_.size() == depth_) frames_.emplace_back();
@@ -227,7 +233,15 @@ void Walk::enter(const std::string& path, std::uint64_t device, std::uint64_t in
                 .category = StorageCategory::other,
                 .markers = std::nullopt};
   ++openFolders_;
-  listInto(frame);
+  if (!listInto(frame)) {
+    // Sizes added up from part of a folder would pass for the whole of it. Nothing of the
+    // listing has been counted yet, so dropping the frame leaves no trace of it.
+    frame.fd = FileDescriptor();
+    --openFolders_;
+    --depth_;
+    attachLocked(path, lastUsed);
+    return;
+  }
   closeShallowestIfNeeded();
 }
 
@@ -344,11 +358,13 @@ void Walk::finish() {
 std::expected<WalkResult, ScanError> Walk::run(const std::string& root) {
   struct stat info {};
   if (::stat(root.c_str(), &info) != 0) {
-    return std::unexpected(
-        ScanError{.kind = ScanErrorKind::rootNotFound, .path = root, .error = errno});
+    return std::unexpected(ScanError{.kind = ScanErrorKind::rootNotFound,
+                                     .failure = SystemError::fromErrno("stat", root)});
   }
   rootDevice_ = static_cast<std::uint64_t>(info.st_dev);
-  if (stop_.stop_requested()) return std::unexpected(ScanError{.kind = ScanErrorKind::cancelled});
+  if (stop_.stop_requested()) {
+    return std::unexpected(ScanError{.kind = ScanErrorKind::cancelled, .failure = {}});
+  }
   bytes_ = allocatedBytes(info);
   enter(root, rootDevice_, static_cast<std::uint64_t>(info.st_ino), allocatedBytes(info),
         static_cast<double>(info.st_mtim.tv_sec), -1, {});
@@ -360,7 +376,7 @@ std::expected<WalkResult, ScanError> Walk::run(const std::string& root) {
     }
     const Listed entry = frame.listing[frame.next++];
     if (entry.isDirectory && entry.device == rootDevice_ && stop_.stop_requested()) {
-      return std::unexpected(ScanError{.kind = ScanErrorKind::cancelled, .path = root});
+      return std::unexpected(ScanError{.kind = ScanErrorKind::cancelled, .failure = {}});
     }
     handle(frame, entry);
   }

@@ -1,9 +1,10 @@
 // Walks a folder tree on one volume into a SizeNode tree of allocated sizes: every file's real
 // blocks, each hard-linked file once, links never followed, other volumes neither counted nor
-// shown, unreadable folders kept as locked nodes, items under `keepBytes` folded into their
-// folder's remainder, and categories from the folder catalog. Folders are opened relative to
-// their parent's descriptor and the walk keeps its own stack, so neither path length nor depth
-// limits it. A scan is blocking and single-threaded; run it off the UI thread.
+// shown, folders that cannot be read, or read only in part, kept as locked nodes, items under
+// `keepBytes` folded into their folder's remainder, and categories from the folder catalog. Folders
+// are opened relative to their parent's descriptor and the walk keeps its own stack, so neither
+// path length nor depth limits it. A scan is blocking and single-threaded; run it off the UI
+// thread.
 #pragma once
 
 #include <cstdint>
@@ -15,6 +16,7 @@
 #include <string_view>
 
 #include "core/space/size_node.h"
+#include "probe/system_error.h"
 
 namespace pellwin {
 
@@ -39,8 +41,7 @@ enum class ScanErrorKind { rootNotFound, cancelled };
 
 struct ScanError {
   ScanErrorKind kind = ScanErrorKind::rootNotFound;
-  std::string path{};  // the root that could not be examined
-  int error = 0;       // its errno
+  SystemError failure{};  // why the root could not be examined; empty for a cancellation
 
   // "No such file or directory: /x" style; "The scan was cancelled" for a cancellation.
   [[nodiscard]] std::string description() const;

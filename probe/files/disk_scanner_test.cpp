@@ -143,6 +143,31 @@ TEST(DiskScanner, ShowsAFolderItMayNotReadAsLockedAndPrivate) {
   EXPECT_EQ(outcome, "locked 0 system 0 " + std::to_string(visible));
 }
 
+TEST(DiskScanner, ShowsAFolderItCanListButNotExamineAsLockedRatherThanEmpty) {
+  ScratchFolder scratch;
+  const std::string root = canonicalRoot(scratch);
+  fs::permissions(root, fs::perms::owner_all | fs::perms::group_read | fs::perms::group_exec |
+                            fs::perms::others_read | fs::perms::others_exec);
+  allocateFile(root + "/scan/listed/secret", 3'000'000);
+  allocateFile(root + "/scan/open", 2'000'000);
+  fs::permissions(root + "/scan", fs::perms::all);
+  // Read without search: the names can be listed, but none of them can be examined.
+  fs::permissions(root + "/scan/listed", fs::perms::owner_read | fs::perms::others_read);
+
+  const std::string outcome = testing::runUnprivileged([&] {
+    auto result = DiskScanner("/nonexistent").scan(root + "/scan", std::nullopt, {});
+    if (!result) return std::string("scan failed");
+    const SizeNode* listed = result->tree.find(root + "/scan/listed");
+    if (listed == nullptr) return std::string("no node");
+    return std::string(listed->isLocked ? "locked" : "open") + " " + std::to_string(listed->bytes) +
+           " " + std::string(rawValue(listed->category)) + " " +
+           std::to_string(listed->children.size()) + " " + std::to_string(result->tree.bytes);
+  });
+  fs::permissions(root + "/scan/listed", fs::perms::owner_all);
+  const std::uint64_t visible = allocatedOf(root + "/scan") + allocatedOf(root + "/scan/open");
+  EXPECT_EQ(outcome, "locked 0 system 0 " + std::to_string(visible));
+}
+
 TEST(DiskScanner, ShowsAFolderThatVanishesDuringTheWalkAsLocked) {
   ScratchFolder scratch;
   const std::string root = canonicalRoot(scratch);

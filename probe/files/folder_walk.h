@@ -12,14 +12,15 @@
 #include <string_view>
 
 #include "probe/file_descriptor.h"
+#include "probe/system_error.h"
 
 namespace pellwin {
 
 // Opens an absolute path one component at a time with O_NOFOLLOW, so a symbolic link anywhere
 // in it fails the open (ELOOP or ENOTDIR). Every folder on the way is opened with O_PATH, which
 // needs no read permission; the last one with `lastFlags` (O_PATH or O_RDONLY; O_DIRECTORY,
-// O_NOFOLLOW and O_CLOEXEC are added). The error is an errno value.
-[[nodiscard]] std::expected<FileDescriptor, int> openFolderWithoutLinks(
+// O_NOFOLLOW and O_CLOEXEC are added). The error names the part of the path that failed.
+[[nodiscard]] std::expected<FileDescriptor, SystemError> openFolderWithoutLinks(
     std::string_view absolutePath, int lastFlags);
 
 enum class WalkStep { skip, descend, stop };
@@ -35,14 +36,16 @@ struct FolderWalkVisitor {
   std::function<WalkStep(int parentFd, const std::string& name, const std::string& relativePath)>
       leave;
   // A folder that could not be entered or listed, or an entry that could not be examined (an
-  // entry that vanished is passed over). Optional; by default the walk goes on.
-  std::function<WalkStep(const std::string& relativePath, int error)> failed;
+  // entry that vanished is passed over); the error's path is the relative path. Optional; by
+  // default the walk goes on.
+  std::function<WalkStep(const SystemError& error)> failed;
 };
 
-// Walks everything below the open folder `rootFd` (kept open by the caller). Returns an errno
-// value when the root cannot be listed or the tree moved under the walk; a stop asked for by the
-// visitor is not an error.
-[[nodiscard]] std::expected<void, int> walkFolder(int rootFd, const FolderWalkVisitor& visitor);
+// Walks everything below the open folder `rootFd` (kept open by the caller). Fails when the
+// root cannot be listed or the tree moved under the walk, with a path relative to the root ("" for
+// the root itself); a stop asked for by the visitor is not an error.
+[[nodiscard]] std::expected<void, SystemError> walkFolder(int rootFd,
+                                                          const FolderWalkVisitor& visitor);
 
 // Removes the entry `name` of the open folder `parentFd`, and for a folder everything in it,
 // without following a link and without entering another volume (a disk mounted inside stays,
@@ -50,8 +53,5 @@ struct FolderWalkVisitor {
 // permission are opened up first, so that read-only caches can go. Whatever can be removed is;
 // the first problem comes back as a sentence. An entry that is already gone is a success.
 [[nodiscard]] std::expected<void, std::string> removeTree(int parentFd, const std::string& name);
-
-// The system's description of an errno value.
-[[nodiscard]] std::string describeError(int error);
 
 }  // namespace pellwin

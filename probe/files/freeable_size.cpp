@@ -7,11 +7,12 @@
 #include <algorithm>
 #include <limits>
 #include <map>
+#include <tuple>
 #include <utility>
 #include <vector>
 
-#include "probe/files/directory_listing.h"
 #include "probe/file_descriptor.h"
+#include "probe/files/directory_listing.h"
 
 namespace pellwin {
 
@@ -75,37 +76,45 @@ class Tally {
 struct Frame {
   dev_t device = 0;
   ino_t inode = 0;
+  std::string path;
   std::vector<std::string> folders;
   std::size_t next = 0;
 };
 
 // Counts every entry of the open folder and returns its sub-folders on the same volume.
-Frame readFolder(int fd, const struct stat& self, Tally& tally, std::vector<char>& buffer) {
-  Frame frame{.device = self.st_dev, .inode = self.st_ino};
-  DirectoryListing::read(fd, buffer, [&](std::string_view name, const struct stat& info) {
-    if (S_ISDIR(info.st_mode)) {
-      if (!tally.onVolume(info)) return;  // a mount point: not ours to count
-      frame.folders.emplace_back(name);
-    }
-    tally.count(info);
-  });
+Frame readFolder(int fd, std::string path, const struct stat& self, Tally& tally,
+                 std::vector<char>& buffer) {
+  Frame frame{.device = self.st_dev, .inode = self.st_ino, .path = std::move(path)};
+  // A folder read only in part counts what could be read, as `measure` promises: the figure
+  // estimates what cleaning would free, and a part is closer to it than nothing.
+  std::ignore = DirectoryListing::read(fd, frame.path, buffer,
+                                       [&](std::string_view name, const struct stat& info) {
+                                         if (S_ISDIR(info.st_mode)) {
+                                           if (!tally.onVolume(info))
+                                             return;  // a mount point: not ours to count
+                                           frame.folders.emplace_back(name);
+                                         }
+                                         tally.count(info);
+                                       });
   return frame;
 }
 
 // Walks depth first holding one descriptor at a time, so that neither depth nor the limit on
 // open files stops it; going back up re-opens ".." and checks it is the folder it came from.
-void walk(FileDescriptor fd, const struct stat& root, Tally& tally) {
+void walk(FileDescriptor fd, const std::string& path, const struct stat& root, Tally& tally) {
   std::vector<char> buffer;
   std::vector<Frame> frames;
-  frames.push_back(readFolder(fd.get(), root, tally, buffer));
+  frames.push_back(readFolder(fd.get(), path, root, tally, buffer));
   while (!frames.empty()) {
     Frame& top = frames.back();
     if (top.next < top.folders.size()) {
-      FileDescriptor child(::openat(fd.get(), top.folders[top.next++].c_str(), folderFlags));
+      const std::string& name = top.folders[top.next++];
+      FileDescriptor child(::openat(fd.get(), name.c_str(), folderFlags));
       struct stat info {};
       if (!child.valid() || ::fstat(child.get(), &info) != 0 || !tally.onVolume(info)) continue;
       fd = std::move(child);
-      frames.push_back(readFolder(fd.get(), info, tally, buffer));
+      std::string childPath = top.path + "/" + name;
+      frames.push_back(readFolder(fd.get(), std::move(childPath), info, tally, buffer));
       continue;
     }
     frames.pop_back();
@@ -133,7 +142,7 @@ std::optional<FreeableSize> FreeableSize::measure(const std::string& path) {
     // The folder must still be the one looked at, not a link swapped in since.
     if (fd.valid() && ::fstat(fd.get(), &opened) == 0 && opened.st_dev == info.st_dev &&
         opened.st_ino == info.st_ino) {
-      walk(std::move(fd), opened, tally);
+      walk(std::move(fd), path, opened, tally);
     }
   }
   return tally.result();

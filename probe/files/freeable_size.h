@@ -19,7 +19,8 @@ struct FreeableSize {
   friend bool operator==(const FreeableSize&, const FreeableSize&) = default;
 
   // None when nothing is at the path. A symbolic link is measured as itself. A folder that
-  // cannot be read counts its own blocks only; one that vanishes mid-walk counts what was seen.
+  // cannot be read counts its own blocks only; one that vanishes mid-walk, or can be read only
+  // in part, counts what was seen.
   [[nodiscard]] static std::optional<FreeableSize> measure(const std::string& path);
 };
 

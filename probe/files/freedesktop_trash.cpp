@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <ctime>
 #include <optional>
+#include <tuple>
 #include <utility>
 
 #include "probe/files/folder_size.h"
@@ -38,28 +39,35 @@ struct OpenTrash {
   FileDescriptor info;
 };
 
-// A folder of the trash: made (0700) when missing, and accepted only as a real folder, not a
-// link, owned by `uid` when `uid` is given.
-std::expected<FileDescriptor, int> trashFolder(int parentFd, const char* name,
-                                               std::optional<uid_t> owner) {
-  if (::mkdirat(parentFd, name, 0700) != 0 && errno != EEXIST) return std::unexpected(errno);
+// A folder of the trash, `name` below `parentFd` and `path` in full: made (0700) when missing,
+// and accepted only as a real folder, not a link, owned by `uid` when `uid` is given.
+std::expected<FileDescriptor, SystemError> trashFolder(int parentFd, const char* name,
+                                                       const std::string& path,
+                                                       std::optional<uid_t> owner) {
+  if (::mkdirat(parentFd, name, 0700) != 0 && errno != EEXIST)
+    return std::unexpected(SystemError::fromErrno("mkdir", path));
   struct stat info {};
-  if (::fstatat(parentFd, name, &info, AT_SYMLINK_NOFOLLOW) != 0) return std::unexpected(errno);
-  if (!S_ISDIR(info.st_mode)) return std::unexpected(ENOTDIR);
-  if (owner && info.st_uid != *owner) return std::unexpected(EPERM);
+  if (::fstatat(parentFd, name, &info, AT_SYMLINK_NOFOLLOW) != 0)
+    return std::unexpected(SystemError::fromErrno("lstat", path));
+  const auto refused = [&](int code) {
+    return std::unexpected(
+        SystemError{.operation = "open", .path = path, .code = code, .target = {}});
+  };
+  if (!S_ISDIR(info.st_mode)) return refused(ENOTDIR);
+  if (owner && info.st_uid != *owner) return refused(EPERM);
   FileDescriptor fd(::openat(parentFd, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
-  if (!fd.valid()) return std::unexpected(errno);
+  if (!fd.valid()) return std::unexpected(SystemError::fromErrno("open", path));
   return fd;
 }
 
-std::expected<OpenTrash, int> openTrashAt(int parentFd, const char* name, std::string path,
-                                          std::string topdir, std::optional<uid_t> owner) {
-  auto folder = trashFolder(parentFd, name, owner);
-  if (!folder) return std::unexpected(folder.error());
-  auto files = trashFolder(folder->get(), "files", owner);
-  if (!files) return std::unexpected(files.error());
-  auto info = trashFolder(folder->get(), "info", owner);
-  if (!info) return std::unexpected(info.error());
+std::expected<OpenTrash, SystemError> openTrashAt(int parentFd, const char* name, std::string path,
+                                                  std::string topdir, std::optional<uid_t> owner) {
+  auto folder = trashFolder(parentFd, name, path, owner);
+  if (!folder) return std::unexpected(std::move(folder.error()));
+  auto files = trashFolder(folder->get(), "files", path + "/files", owner);
+  if (!files) return std::unexpected(std::move(files.error()));
+  auto info = trashFolder(folder->get(), "info", path + "/info", owner);
+  if (!info) return std::unexpected(std::move(info.error()));
   return OpenTrash{.path = std::move(path),
                    .topdir = std::move(topdir),
                    .folder = std::move(*folder),
@@ -68,27 +76,32 @@ std::expected<OpenTrash, int> openTrashAt(int parentFd, const char* name, std::s
 }
 
 // mkdir -p with 0700 for the folders it makes, following links on the way as the user set them.
-int makeFolders(const std::string& path) {
+std::expected<void, SystemError> makeFolders(const std::string& path) {
   struct stat info {};
-  if (::stat(path.c_str(), &info) == 0) return S_ISDIR(info.st_mode) ? 0 : ENOTDIR;
-  if (path != "/") {
-    if (const int error = makeFolders(parentOf(path)); error != 0) return error;
+  if (::stat(path.c_str(), &info) == 0) {
+    if (S_ISDIR(info.st_mode)) return {};
+    return std::unexpected(
+        SystemError{.operation = "mkdir", .path = path, .code = ENOTDIR, .target = {}});
   }
-  if (::mkdir(path.c_str(), 0700) != 0 && errno != EEXIST) return errno;
-  return 0;
+  if (path != "/") {
+    if (auto made = makeFolders(parentOf(path)); !made) return made;
+  }
+  if (::mkdir(path.c_str(), 0700) != 0 && errno != EEXIST)
+    return std::unexpected(SystemError::fromErrno("mkdir", path));
+  return {};
 }
 
-std::expected<OpenTrash, int> openHomeTrash(const std::string& dataHome) {
-  if (const int error = makeFolders(dataHome); error != 0) return std::unexpected(error);
+std::expected<OpenTrash, SystemError> openHomeTrash(const std::string& dataHome) {
+  if (auto made = makeFolders(dataHome); !made) return std::unexpected(std::move(made.error()));
   FileDescriptor home(::open(dataHome.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
-  if (!home.valid()) return std::unexpected(errno);
+  if (!home.valid()) return std::unexpected(SystemError::fromErrno("open", dataHome));
   return openTrashAt(home.get(), "Trash", dataHome + "/Trash", "", std::nullopt);
 }
 
 // Method 1, then method 2, of a volume whose top folder is `topdir` (a path without links).
-std::expected<OpenTrash, int> openVolumeTrash(const std::string& topdir, uid_t uid) {
+std::expected<OpenTrash, SystemError> openVolumeTrash(const std::string& topdir, uid_t uid) {
   auto top = openFolderWithoutLinks(topdir, O_PATH);
-  if (!top) return std::unexpected(top.error());
+  if (!top) return std::unexpected(std::move(top.error()));
   const std::string base = topdir == "/" ? "" : topdir;
   const std::string id = std::to_string(uid);
 
@@ -164,41 +177,54 @@ void recordFolderSize(const OpenTrash& trash, const std::string& name) {
   rewriteSizes(trash.folder.get(), sizes);
 }
 
+// The item being moved: the open folder it is in, its name there, its whole path and what
+// lstat said of it.
+struct Item {
+  int parentFd = -1;
+  std::string name;
+  std::string path;
+  struct stat info {};
+};
+
 // renameat2 with RENAME_NOREPLACE never replaces an entry another program put there meanwhile;
 // file systems without it get the plain rename after the existence check already made.
-int renameWithoutReplacing(int fromFd, const std::string& from, int toFd, const std::string& to) {
-  if (::renameat2(fromFd, from.c_str(), toFd, to.c_str(), RENAME_NOREPLACE) == 0) return 0;
-  if (errno != EINVAL && errno != ENOSYS) return errno;
-  return ::renameat(fromFd, from.c_str(), toFd, to.c_str()) == 0 ? 0 : errno;
+std::expected<void, SystemError> renameWithoutReplacing(const Item& item, int toFd,
+                                                        const std::string& to) {
+  if (::renameat2(item.parentFd, item.name.c_str(), toFd, to.c_str(), RENAME_NOREPLACE) == 0)
+    return {};
+  if (errno != EINVAL && errno != ENOSYS)
+    return std::unexpected(SystemError::fromErrno("trash", item.path));
+  if (::renameat(item.parentFd, item.name.c_str(), toFd, to.c_str()) == 0) return {};
+  return std::unexpected(SystemError::fromErrno("trash", item.path));
 }
 
 // Moving a folder to another parent rewrites its ".." entry, which needs write permission on it;
 // a read-only folder the user owns is opened for the move and given its mode back afterwards.
-int moveItem(int parentFd, const std::string& name, const struct stat& item, int filesFd,
-             const std::string& target) {
-  int error = renameWithoutReplacing(parentFd, name, filesFd, target);
-  if (error != EACCES || !S_ISDIR(item.st_mode) || item.st_uid != ::geteuid() ||
-      (item.st_mode & S_IWUSR) != 0) {
-    return error;
+std::expected<void, SystemError> moveItem(const Item& item, int filesFd,
+                                          const std::string& target) {
+  auto moved = renameWithoutReplacing(item, filesFd, target);
+  if (moved || moved.error().code != EACCES || !S_ISDIR(item.info.st_mode) ||
+      item.info.st_uid != ::geteuid() || (item.info.st_mode & S_IWUSR) != 0) {
+    return moved;
   }
-  const mode_t mode = item.st_mode & 07777;
-  if (::fchmodat(parentFd, name.c_str(), mode | S_IWUSR, 0) != 0) return error;
-  error = renameWithoutReplacing(parentFd, name, filesFd, target);
-  if (error == 0) {
+  const mode_t mode = item.info.st_mode & 07777;
+  if (::fchmodat(item.parentFd, item.name.c_str(), mode | S_IWUSR, 0) != 0) return moved;
+  moved = renameWithoutReplacing(item, filesFd, target);
+  if (moved) {
     ::fchmodat(filesFd, target.c_str(), mode, 0);
   } else {
-    ::fchmodat(parentFd, name.c_str(), mode, 0);
+    ::fchmodat(item.parentFd, item.name.c_str(), mode, 0);
   }
-  return error;
+  return moved;
 }
 
 // Picks a free name, writes its info file first (O_EXCL), then renames the item into files/.
-std::expected<std::string, int> placeInTrash(const OpenTrash& trash, int parentFd,
-                                             const std::string& name, const struct stat& item,
-                                             const std::string& infoPath, const std::string& date) {
+std::expected<std::string, SystemError> placeInTrash(const OpenTrash& trash, const Item& item,
+                                                     const std::string& infoPath,
+                                                     const std::string& date) {
   const std::string infoText = TrashInfo::text(infoPath, date);
   for (int attempt = 1; attempt < 10000; ++attempt) {
-    const std::string candidate = TrashInfo::candidateName(name, attempt);
+    const std::string candidate = TrashInfo::candidateName(item.name, attempt);
     struct stat existing {};
     // An item without its info file, left by a crash, keeps its name too.
     if (::fstatat(trash.files.get(), candidate.c_str(), &existing, AT_SYMLINK_NOFOLLOW) == 0)
@@ -206,27 +232,31 @@ std::expected<std::string, int> placeInTrash(const OpenTrash& trash, int parentF
     const std::string infoName = candidate + std::string(infoExtension);
     FileDescriptor info(::openat(trash.info.get(), infoName.c_str(),
                                  O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
+    const std::string infoFile = trash.path + "/info/" + infoName;
     if (!info.valid()) {
       if (errno == EEXIST) continue;
-      return std::unexpected(errno);
+      return std::unexpected(SystemError::fromErrno("create", infoFile));
     }
     const bool written = writeAll(info.get(), infoText);
     const int closed = ::close(info.release());
     if (!written || closed != 0) {
       ::unlinkat(trash.info.get(), infoName.c_str(), 0);
-      return std::unexpected(EIO);
+      return std::unexpected(
+          SystemError{.operation = "write", .path = infoFile, .code = EIO, .target = {}});
     }
-    const int error = moveItem(parentFd, name, item, trash.files.get(), candidate);
-    if (error == 0) return candidate;
+    auto moved = moveItem(item, trash.files.get(), candidate);
+    if (moved) return candidate;
     ::unlinkat(trash.info.get(), infoName.c_str(), 0);
-    if (error != EEXIST) return std::unexpected(error);
+    if (moved.error().code != EEXIST) return std::unexpected(std::move(moved.error()));
   }
-  return std::unexpected(EEXIST);
+  return std::unexpected(
+      SystemError{.operation = "trash", .path = item.path, .code = EEXIST, .target = {}});
 }
 
-std::string describeMoveError(int error) {
-  if (error == EXDEV) return "It's on a disk whose Trash Tovrin can't use, so it was left in place";
-  return describeError(error);
+// A failure of moving or erasing an item, told by its reason alone: the words around it name
+// the item.
+std::unexpected<std::string> itemFailure(const SystemError& error) {
+  return std::unexpected(sentence(error, ErrorWording::reason));
 }
 
 // The folder that relative Path= lines of a trash directory start from.
@@ -266,7 +296,7 @@ std::string FreedesktopTrash::mountTop(const std::string& path) {
 std::expected<FreedesktopTrash::Entry, std::string> FreedesktopTrash::moveToTrash(
     const std::string& path) const {
   if (path.empty() || path.front() != '/' || path == "/")
-    return std::unexpected(describeError(EINVAL));
+    return itemFailure({.operation = "trash", .path = path, .code = EINVAL, .target = {}});
   // Trashing the trash, or a folder around it, would lose track of everything in it.
   if (char* real = ::realpath(homeTrash().c_str(), nullptr); real != nullptr) {
     const std::string trash = real;
@@ -278,25 +308,26 @@ std::expected<FreedesktopTrash::Entry, std::string> FreedesktopTrash::moveToTras
     }
   }
   const std::string parent = parentOf(path);
-  const std::string name = nameOf(path);
   auto parentFd = openFolderWithoutLinks(parent, O_PATH);
-  if (!parentFd) return std::unexpected(describeError(parentFd.error()));
-  struct stat item {};
-  if (::fstatat(parentFd->get(), name.c_str(), &item, AT_SYMLINK_NOFOLLOW) != 0) {
-    return std::unexpected(describeError(errno));
+  if (!parentFd) return itemFailure(parentFd.error());
+  Item item{.parentFd = parentFd->get(), .name = nameOf(path), .path = path, .info = {}};
+  if (::fstatat(item.parentFd, item.name.c_str(), &item.info, AT_SYMLINK_NOFOLLOW) != 0) {
+    return itemFailure(SystemError::fromErrno("lstat", path));
   }
-  if (S_ISLNK(item.st_mode))
+  if (S_ISLNK(item.info.st_mode))
     return std::unexpected(std::string("It's a shortcut to somewhere else"));
 
   const std::string date = localNow();
   const auto intoVolumeTrash = [&]() -> std::expected<Entry, std::string> {
     const std::string topdir = mountTop(parent);
     auto trash = openVolumeTrash(topdir, uid_);
-    if (!trash) return std::unexpected(describeMoveError(EXDEV));
+    // Why the volume's trash could not be used matters less than that the item stays put.
+    if (!trash)
+      return itemFailure({.operation = "trash", .path = path, .code = EXDEV, .target = {}});
     const std::string relative = path.substr(topdir == "/" ? 1 : topdir.size() + 1);
-    auto placed = placeInTrash(*trash, parentFd->get(), name, item, relative, date);
-    if (!placed) return std::unexpected(describeMoveError(placed.error()));
-    if (S_ISDIR(item.st_mode)) recordFolderSize(*trash, *placed);
+    auto placed = placeInTrash(*trash, item, relative, date);
+    if (!placed) return itemFailure(placed.error());
+    if (S_ISDIR(item.info.st_mode)) recordFolderSize(*trash, *placed);
     return Entry{
         .trashDirectory = trash->path, .name = *placed, .originalPath = path, .deletionDate = date};
   };
@@ -304,15 +335,15 @@ std::expected<FreedesktopTrash::Entry, std::string> FreedesktopTrash::moveToTras
   struct stat dataHomeInfo {};
   std::string probe = dataHome_;
   while (::stat(probe.c_str(), &dataHomeInfo) != 0 && probe != "/") probe = parentOf(probe);
-  if (dataHomeInfo.st_dev != item.st_dev) return intoVolumeTrash();
+  if (dataHomeInfo.st_dev != item.info.st_dev) return intoVolumeTrash();
 
   auto trash = openHomeTrash(dataHome_);
-  if (!trash) return std::unexpected(describeError(trash.error()));
-  auto placed = placeInTrash(*trash, parentFd->get(), name, item, path, date);
+  if (!trash) return itemFailure(trash.error());
+  auto placed = placeInTrash(*trash, item, path, date);
   // Same device but another mount (a bind mount): its own volume's trash takes it.
-  if (!placed && placed.error() == EXDEV) return intoVolumeTrash();
-  if (!placed) return std::unexpected(describeMoveError(placed.error()));
-  if (S_ISDIR(item.st_mode)) recordFolderSize(*trash, *placed);
+  if (!placed && placed.error().code == EXDEV) return intoVolumeTrash();
+  if (!placed) return itemFailure(placed.error());
+  if (S_ISDIR(item.info.st_mode)) recordFolderSize(*trash, *placed);
   return Entry{
       .trashDirectory = trash->path, .name = *placed, .originalPath = path, .deletionDate = date};
 }
@@ -341,24 +372,26 @@ std::vector<FreedesktopTrash::Entry> FreedesktopTrash::entries(const std::string
       .leave = nullptr,
       .failed = nullptr,
   };
-  (void)walkFolder(info.get(), visitor);
+  // Entries are read as far as they can be: an info folder read in part lists what it could.
+  std::ignore = walkFolder(info.get(), visitor);
   return found;
 }
 
 std::expected<void, std::string> FreedesktopTrash::erase(const Entry& entry) {
   if (entry.name.empty() || entry.name.find('/') != std::string::npos || entry.name == "." ||
       entry.name == "..") {
-    return std::unexpected(describeError(EINVAL));
+    return itemFailure({.operation = "unlink", .path = entry.name, .code = EINVAL, .target = {}});
   }
   FileDescriptor trash(::open(entry.trashDirectory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  if (!trash.valid()) return std::unexpected(describeError(errno));
+  if (!trash.valid()) return itemFailure(SystemError::fromErrno("open", entry.trashDirectory));
   FileDescriptor files(
       ::openat(trash.get(), "files", O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
-  if (!files.valid()) return std::unexpected(describeError(errno));
+  if (!files.valid())
+    return itemFailure(SystemError::fromErrno("open", entry.trashDirectory + "/files"));
   if (auto removed = removeTree(files.get(), entry.name); !removed) return removed;
   const std::string infoName = "info/" + entry.name + std::string(infoExtension);
   if (::unlinkat(trash.get(), infoName.c_str(), 0) != 0 && errno != ENOENT) {
-    return std::unexpected(describeError(errno));
+    return itemFailure(SystemError::fromErrno("unlink", entry.trashDirectory + "/" + infoName));
   }
   auto sizes = TrashInfo::parseDirectorySizes(readAll(trash.get(), std::string(sizesFile).c_str()));
   if (std::erase_if(sizes, [&](const auto& line) { return line.name == entry.name; }) > 0) {

@@ -29,10 +29,6 @@ constexpr EnumTable<State::unknown> textTable(State) {
   return parseEnum<State>(raw);
 }
 
-// The system settings page that grants whole-disk access.
-inline constexpr std::string_view settingsURL =
-    "x-apple.systempreferences:com.apple.preference.security?Privacy_AllFiles";
-
 // Lists "Library/Mail", "Library/Safari" and "Library/Messages" under `home` in turn: the first
 // readable one gives `granted`; otherwise `denied` if any was private, else `unknown`.
 [[nodiscard]] State state(const std::string& home);

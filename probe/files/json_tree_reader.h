@@ -31,20 +31,20 @@ class JSONTreeReader : public nlohmann::json_sax<nlohmann::json> {
   std::optional<std::string> rootBytes;
   std::optional<std::string> access;
 
-  bool null() override;
-  bool boolean(bool value) override;
-  bool number_integer(number_integer_t value) override;
-  bool number_unsigned(number_unsigned_t value) override;
-  bool number_float(number_float_t value, const string_t& text) override;
-  bool string(string_t& value) override;
-  bool binary(binary_t& value) override;
-  bool start_object(std::size_t elements) override;
-  bool key(string_t& value) override;
-  bool end_object() override;
-  bool start_array(std::size_t elements) override;
-  bool end_array() override;
-  bool parse_error(std::size_t position, const std::string& token,
-                   const nlohmann::detail::exception& error) override;
+  [[nodiscard]] bool null() override;
+  [[nodiscard]] bool boolean(bool value) override;
+  [[nodiscard]] bool number_integer(number_integer_t value) override;
+  [[nodiscard]] bool number_unsigned(number_unsigned_t value) override;
+  [[nodiscard]] bool number_float(number_float_t value, const string_t& text) override;
+  [[nodiscard]] bool string(string_t& value) override;
+  [[nodiscard]] bool binary(binary_t& value) override;
+  [[nodiscard]] bool start_object(std::size_t elements) override;
+  [[nodiscard]] bool key(string_t& value) override;
+  [[nodiscard]] bool end_object() override;
+  [[nodiscard]] bool start_array(std::size_t elements) override;
+  [[nodiscard]] bool end_array() override;
+  [[nodiscard]] bool parse_error(std::size_t position, const std::string& token,
+                                 const nlohmann::detail::exception& error) override;
 
  private:
   enum class Context { top, node, children, markers, skipped };
@@ -68,12 +68,12 @@ class JSONTreeReader : public nlohmann::json_sax<nlohmann::json> {
     const std::string* text = nullptr;
   };
 
-  bool scalar(const Scalar& value);
-  bool nodeScalar(Level& level, const Scalar& value);
-  bool topScalar(Level& level, const Scalar& value);
-  bool finishNode();
+  [[nodiscard]] bool scalar(const Scalar& value);
+  [[nodiscard]] bool nodeScalar(Level& level, const Scalar& value);
+  [[nodiscard]] bool topScalar(Level& level, const Scalar& value);
+  [[nodiscard]] bool finishNode();
   // The end of an object or array inside a value that is passed over.
-  bool endSkipped();
+  [[nodiscard]] bool endSkipped();
 
   Shape shape_;
   std::vector<Level> stack_;

@@ -10,9 +10,10 @@
 
 namespace pellwin {
 
-std::expected<RemovalDisk::Entry, int> LiveRemovalDisk::inspect(const std::string& path) {
+std::expected<RemovalDisk::Entry, SystemError> LiveRemovalDisk::inspect(const std::string& path) {
   struct stat info {};
-  if (::lstat(path.c_str(), &info) != 0) return std::unexpected(errno);
+  if (::lstat(path.c_str(), &info) != 0)
+    return std::unexpected(SystemError::fromErrno("lstat", path));
   return Entry{.isSymlink = S_ISLNK(info.st_mode), .isDirectory = S_ISDIR(info.st_mode)};
 }
 
@@ -24,12 +25,13 @@ std::optional<std::string> LiveRemovalDisk::resolve(const std::string& path) {
   return out;
 }
 
-std::expected<std::optional<RemovalDisk::Subfolder>, std::string> LiveRemovalDisk::findSubfolder(
+std::expected<std::optional<RemovalDisk::Subfolder>, SystemError> LiveRemovalDisk::findSubfolder(
     const std::string& folder, const std::function<bool(const Subfolder&)>& isProtected) {
   auto root = openFolderWithoutLinks(folder, O_RDONLY);
-  if (!root) return std::unexpected(describeError(root.error()));
+  if (!root) return std::unexpected(std::move(root.error()));
   struct stat rootInfo {};
-  if (::fstat(root->get(), &rootInfo) != 0) return std::unexpected(describeError(errno));
+  if (::fstat(root->get(), &rootInfo) != 0)
+    return std::unexpected(SystemError::fromErrno("stat", folder));
 
   std::optional<Subfolder> found;
   const std::string base = folder.ends_with('/') ? folder : folder + "/";
@@ -50,7 +52,9 @@ std::expected<std::optional<RemovalDisk::Subfolder>, std::string> LiveRemovalDis
       .failed = nullptr,
   };
   if (auto walked = walkFolder(root->get(), visitor); !walked) {
-    return std::unexpected(describeError(walked.error()));
+    SystemError failure = std::move(walked.error());
+    failure.path = failure.path.empty() ? folder : base + failure.path;
+    return std::unexpected(std::move(failure));
   }
   return found;
 }
@@ -64,10 +68,11 @@ std::expected<void, std::string> LiveRemovalDisk::moveToTrash(const std::string&
 std::expected<void, std::string> LiveRemovalDisk::removeForGood(const std::string& path) {
   const std::size_t slash = path.rfind('/');
   if (path.empty() || path.front() != '/' || slash + 1 >= path.size()) {
-    return std::unexpected(describeError(EINVAL));
+    return std::unexpected(sentence(
+        {.operation = "unlink", .path = path, .code = EINVAL, .target = {}}, ErrorWording::reason));
   }
   auto parent = openFolderWithoutLinks(slash == 0 ? "/" : path.substr(0, slash), O_PATH);
-  if (!parent) return std::unexpected(describeError(parent.error()));
+  if (!parent) return std::unexpected(sentence(parent.error(), ErrorWording::reason));
   return removeTree(parent->get(), path.substr(slash + 1));
 }
 

@@ -12,9 +12,9 @@ class LiveRemovalDisk final : public RemovalDisk {
  public:
   explicit LiveRemovalDisk(FreedesktopTrash trash) : trash_(std::move(trash)) {}
 
-  [[nodiscard]] std::expected<Entry, int> inspect(const std::string& path) override;
+  [[nodiscard]] std::expected<Entry, SystemError> inspect(const std::string& path) override;
   [[nodiscard]] std::optional<std::string> resolve(const std::string& path) override;
-  [[nodiscard]] std::expected<std::optional<Subfolder>, std::string> findSubfolder(
+  [[nodiscard]] std::expected<std::optional<Subfolder>, SystemError> findSubfolder(
       const std::string& folder, const std::function<bool(const Subfolder&)>& isProtected) override;
   [[nodiscard]] std::expected<void, std::string> moveToTrash(const std::string& path) override;
   [[nodiscard]] std::expected<void, std::string> removeForGood(const std::string& path) override;

@@ -7,6 +7,8 @@
 #include <optional>
 #include <string>
 
+#include "probe/system_error.h"
+
 namespace pellwin {
 
 class RemovalDisk {
@@ -25,16 +27,16 @@ class RemovalDisk {
 
   virtual ~RemovalDisk() = default;
 
-  // lstat: what is at the path, never following a link there; the error is an errno value.
-  [[nodiscard]] virtual std::expected<Entry, int> inspect(const std::string& path) = 0;
+  // lstat: what is at the path, never following a link there.
+  [[nodiscard]] virtual std::expected<Entry, SystemError> inspect(const std::string& path) = 0;
 
   // realpath: the path with every link resolved, or nothing when it cannot be resolved.
   [[nodiscard]] virtual std::optional<std::string> resolve(const std::string& path) = 0;
 
   // Every folder below `folder`, depth first, links not followed, until `isProtected` says yes;
   // returns that folder, or nothing. A folder below that cannot be read is passed over; an error
-  // (a sentence) means `folder` itself could not be searched.
-  [[nodiscard]] virtual std::expected<std::optional<Subfolder>, std::string> findSubfolder(
+  // means `folder` itself could not be searched.
+  [[nodiscard]] virtual std::expected<std::optional<Subfolder>, SystemError> findSubfolder(
       const std::string& folder, const std::function<bool(const Subfolder&)>& isProtected) = 0;
 
   // Moves the item at `path` (resolved: no link anywhere in it) to the Trash; a sentence on

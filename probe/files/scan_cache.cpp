@@ -4,7 +4,6 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -48,30 +47,27 @@ std::string ScanCache::defaultPath(std::string_view dataFolder) {
   return std::string(dataFolder) + "/" + std::string(fileName);
 }
 
-namespace {
-
-std::string failure(const std::string& what, const std::string& path) {
-  return std::string(std::strerror(errno)) + " (" + what + " " + path + ")";
-}
-
-}  // namespace
-
-std::expected<void, std::string> ScanCache::save(const CachedScan& scan) const {
+std::expected<void, SystemError> ScanCache::save(const CachedScan& scan) const {
   const std::filesystem::path file(path_);
   std::error_code error;
   if (file.has_parent_path()) std::filesystem::create_directories(file.parent_path(), error);
-  if (error) return std::unexpected(error.message() + " (creating " + file.parent_path().string() + ")");
+  if (error) {
+    return std::unexpected(SystemError{.operation = "create",
+                                       .path = file.parent_path().string(),
+                                       .code = error.value(),
+                                       .target = {}});
+  }
 
   std::string temporary = path_ + ".XXXXXX";
   FileDescriptor fd(::mkostemp(temporary.data(), O_CLOEXEC));
-  if (!fd.valid()) return std::unexpected(failure("creating", temporary));
+  if (!fd.valid()) return std::unexpected(SystemError::fromErrno("create", temporary));
   const std::string text = scan.encode();
   std::size_t written = 0;
   while (written < text.size()) {
     const ssize_t n = ::write(fd.get(), text.data() + written, text.size() - written);
     if (n < 0 && errno == EINTR) continue;
     if (n <= 0) {
-      const std::string problem = failure("writing", temporary);
+      const SystemError problem = SystemError::fromErrno("write", temporary);
       ::unlink(temporary.c_str());
       return std::unexpected(problem);
     }
@@ -79,12 +75,12 @@ std::expected<void, std::string> ScanCache::save(const CachedScan& scan) const {
   }
   // mkostemp makes the file readable by its owner only, which suits a map of someone's files.
   if (::fsync(fd.get()) != 0 || ::close(fd.release()) != 0) {
-    const std::string problem = failure("flushing", temporary);
+    const SystemError problem = SystemError::fromErrno("flush", temporary);
     ::unlink(temporary.c_str());
     return std::unexpected(problem);
   }
   if (::rename(temporary.c_str(), path_.c_str()) != 0) {
-    const std::string problem = failure("replacing", path_);
+    const SystemError problem = SystemError::fromErrno("replace", path_);
     ::unlink(temporary.c_str());
     return std::unexpected(problem);
   }

@@ -12,6 +12,7 @@
 
 #include "core/space/size_node.h"
 #include "probe/files/full_disk_access.h"
+#include "probe/system_error.h"
 
 namespace pellwin {
 
@@ -43,8 +44,10 @@ class ScanCache {
   explicit ScanCache(std::string path) : path_(std::move(path)) {}
 
   // Creates the folders above the file, writes a temporary file beside it, flushes it to disk
-  // and renames it over the old one, so a crash leaves either the old file or the new one.
-  [[nodiscard]] std::expected<void, std::string> save(const CachedScan& scan) const;
+  // and renames it over the old one, so a crash leaves either the old file or the new one. A
+  // failure ("create", "write", "flush" or "replace") reads best with
+  // ErrorWording::reasonAndStep.
+  [[nodiscard]] std::expected<void, SystemError> save(const CachedScan& scan) const;
   [[nodiscard]] std::optional<CachedScan> load() const;
 
   [[nodiscard]] const std::string& path() const { return path_; }

@@ -1,6 +1,5 @@
 #include "probe/files/trasher.h"
 
-#include <cerrno>
 #include <exception>
 #include <utility>
 
@@ -97,7 +96,7 @@ std::vector<TrashResult> Trasher::perform(const std::vector<TrashItem>& items,
   return results;
 }
 
-std::expected<std::optional<std::string>, std::string> Trasher::hazardInside(
+std::expected<std::optional<std::string>, SystemError> Trasher::hazardInside(
     const std::string& resolvedFolder) const {
   const auto split = RemovalRules::split(checkedGuards_);
   const auto found = disk_.findSubfolder(resolvedFolder, [&](const RemovalDisk::Subfolder& folder) {
@@ -116,7 +115,7 @@ TrashResult Trasher::act(const TrashItem& item, CleanAction action) const {
   const std::string path = tidy(item.path);
 
   const auto entry = disk_.inspect(path);
-  if (!entry && entry.error() == ENOENT) return result(item, Outcome::alreadyGone);
+  if (!entry && entry.error().isGone()) return result(item, Outcome::alreadyGone);
   // "name/" names a folder; for a file it names nothing, as lstat would say (ENOTDIR). A link
   // spelled that way is still looked at as the link itself, and refused as one.
   const bool namesFolder = item.path.ends_with('/') || item.path.ends_with("/.");
@@ -134,7 +133,9 @@ TrashResult Trasher::act(const TrashItem& item, CleanAction action) const {
   }
   if (entry->isDirectory) {
     const auto hazard = hazardInside(*resolved);
-    if (!hazard) return result(item, Outcome::failed, hazard.error());
+    if (!hazard) {
+      return result(item, Outcome::failed, sentence(hazard.error(), ErrorWording::reason));
+    }
     if (*hazard) {
       return result(item, Outcome::refused, "It holds " + **hazard + ", which Tovrin keeps safe");
     }

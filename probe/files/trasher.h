@@ -40,9 +40,9 @@ class Trasher {
 
  private:
   [[nodiscard]] TrashResult act(const TrashItem& item, CleanAction action) const;
-  // The name of the first folder inside that must stay, or nothing; an error sentence when the
-  // folder could not be searched.
-  [[nodiscard]] std::expected<std::optional<std::string>, std::string> hazardInside(
+  // The name of the first folder inside that must stay, or nothing; an error when the folder
+  // could not be searched.
+  [[nodiscard]] std::expected<std::optional<std::string>, SystemError> hazardInside(
       const std::string& resolvedFolder) const;
   // Whether the folder catalog lets the path be deleted for good, in its standard place.
   [[nodiscard]] bool isCleanable(const std::string& path) const;

@@ -41,9 +41,12 @@ class FakeDisk final : public RemovalDisk {
     nodes[path] = {.entry = {.isSymlink = true, .isDirectory = false}, .resolved = target};
   }
 
-  std::expected<Entry, int> inspect(const std::string& path) override {
+  std::expected<Entry, SystemError> inspect(const std::string& path) override {
     const auto it = nodes.find(path);
-    if (it == nodes.end()) return std::unexpected(ENOENT);
+    if (it == nodes.end()) {
+      return std::unexpected(
+          SystemError{.operation = "lstat", .path = path, .code = ENOENT, .target = {}});
+    }
     return it->second.entry;
   }
   std::optional<std::string> resolve(const std::string& path) override {
@@ -52,7 +55,7 @@ class FakeDisk final : public RemovalDisk {
       return path == "/home/ann" ? std::optional<std::string>(path) : std::nullopt;
     return it->second.resolved;
   }
-  std::expected<std::optional<Subfolder>, std::string> findSubfolder(
+  std::expected<std::optional<Subfolder>, SystemError> findSubfolder(
       const std::string& folder,
       const std::function<bool(const Subfolder&)>& isProtected) override {
     for (const Subfolder& sub : below[folder]) {

@@ -46,7 +46,7 @@ class DesktopIndex {
 
   // Lets the other programs in `folder` (crash handlers, helpers) find `entry` by folder.
   // False when the folder is shared or already known.
-  bool learnFolder(const std::string& folder, const DesktopEntry& entry);
+  [[nodiscard]] bool learnFolder(const std::string& folder, const DesktopEntry& entry);
   // Folders such as /usr/bin that hold programs of many apps; they never identify one.
   [[nodiscard]] bool isSharedFolder(std::string_view folder) const;
 

@@ -11,6 +11,7 @@
 
 #include "core/base/checked_math.h"
 #include "core/base/path_text.h"
+#include "core/monitor/macos_app_paths.h"
 #include "probe/system/cgroup_unit.h"
 #include "probe/system/cpu_reader.h"
 #include "probe/file_descriptor.h"
@@ -158,8 +159,7 @@ std::optional<ProcessReader::Usage> ProcessReader::readUsage(int procFd, std::in
   ProcessIO io;
   if (const auto ioText = readFileAt(procFd, pidPath(pid, "io"), ioBuffer_, ReadExtent::oneRecord)) {
     io = parseProcessIO(*ioText);
-  } else if (ioText.error() == ReadFailure::gone &&
-             ::faccessat(procFd, pidPath(pid, "stat"), F_OK, 0) != 0) {
+  } else if (ioText.error().isGone() && ::faccessat(procFd, pidPath(pid, "stat"), F_OK, 0) != 0) {
     // Gone between stat and io. (A kernel without I/O accounting has no io file at all; its
     // processes stay, with 0 bytes.)
     return std::nullopt;
@@ -220,15 +220,13 @@ void ProcessReader::makeIdentity(int procFd, std::int32_t pid, const ProcessStat
                                   static_cast<double>(ticksPerSecond_);
   }
   // Apps are known by their bundle, command-line programs by their command line.
-  if (!facts.kernelThread && facts.path.find(".app/") == std::string::npos) {
+  if (!facts.kernelThread && !MacosAppPaths::isInBundle(facts.path)) {
     if (const auto text = readFileAt(procFd, pidPath(pid, "cmdline"), otherBuffer_)) {
       facts.arguments = parseCommandLine(*text);
     }
     facts.workingDirectory = readLinkAt(procFd, pidPath(pid, "cwd"));
-    // A program run from a signing clone names the real app in its first argument.
-    if (facts.path.find("code_sign_clone") != std::string::npos && !facts.arguments.empty() &&
-        facts.arguments.front().find(".app/") != std::string::npos) {
-      facts.path = facts.arguments.front();
+    if (auto app = MacosAppPaths::signingCloneTarget(facts.path, facts.arguments)) {
+      facts.path = std::move(*app);
     }
     if (fromMemory && !facts.arguments.empty() && !facts.arguments.front().empty()) {
       facts.name = std::string(lastPathComponent(facts.arguments.front()));

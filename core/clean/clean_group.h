@@ -1,5 +1,5 @@
-// Quick clean's built-in catalog: the places that rebuild on their own, grouped as the user
-// sees them, with the rules that keep cleaning them safe. Data only; scanning is the
+// What quick clean's catalogs are made of: the places that rebuild on their own, grouped as
+// the user sees them, with the rules that keep cleaning them safe. Data only; scanning is the
 // scanner's job. Paths are relative to the user's home folder.
 #pragma once
 
@@ -43,11 +43,4 @@ struct CleanGroup {
   friend bool operator==(const CleanGroup&, const CleanGroup&) = default;
 };
 
-namespace CleanerCatalog {
-
-// The five groups as first designed for macOS, in display order. Kept as the reference table
-// for the running rules; the Linux scanner uses LinuxCleanerCatalog.
-[[nodiscard]] const std::vector<CleanGroup>& groups();
-
-}  // namespace CleanerCatalog
 }  // namespace pellwin

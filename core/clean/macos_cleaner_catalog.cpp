@@ -1,6 +1,6 @@
-#include "core/clean/cleaner_catalog.h"
+#include "core/clean/macos_cleaner_catalog.h"
 
-namespace pellwin::CleanerCatalog {
+namespace pellwin::MacosCleanerCatalog {
 
 namespace {
 
@@ -76,4 +76,4 @@ const std::vector<CleanGroup>& groups() {
   return table;
 }
 
-}  // namespace pellwin::CleanerCatalog
+}  // namespace pellwin::MacosCleanerCatalog
