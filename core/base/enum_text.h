@@ -3,8 +3,8 @@
 // case with its text in case order; found by argument-dependent lookup, that one table gives the
 // text of a case (`enumText`), the case of a text (`parseEnum`), the case of an ordinal
 // (`enumFromIndex`) and the list of cases (`enumCases`). Each of them fails to compile when the
-// table misses, repeats or reorders a case, or repeats a text; a case added after `last` is
-// seen only once the table's type names it. Pure; safe from any thread.
+// table misses, repeats or reorders a case, or repeats a text, and when a case follows the one
+// the table is sized by. Pure; safe from any thread.
 #pragma once
 
 #include <array>
@@ -45,6 +45,17 @@ template <typename E, std::size_t size>
   return true;
 }
 
+// Whether `value` is one of its enum's named cases. The compiler spells a template argument
+// that names a case by its name in the function's signature ("V = pellwin::Resource::heat")
+// and any other value as a cast ("V = (pellwin::Resource)5"); GCC and Clang agree on this.
+template <auto value>
+  requires std::is_enum_v<decltype(value)>
+[[nodiscard]] consteval bool isNamedCase() {
+  constexpr std::string_view signature = __PRETTY_FUNCTION__;
+  constexpr auto at = signature.rfind("value = ");
+  return at != std::string_view::npos && signature[at + 8] != '(';
+}
+
 template <typename E>
 concept TextEnum = std::is_enum_v<E> && requires(E value) { textTable(value); };
 
@@ -56,6 +67,8 @@ template <TextEnum E>
 [[nodiscard]] constexpr const auto& enumTable() {
   static_assert(listsEveryCaseOnceInOrder(enumTextTable<E>),
                 "the text table must list every case once, in case order, with distinct texts");
+  static_assert(!isNamedCase<static_cast<E>(enumTextTable<E>.size())>(),
+                "a case follows the last one in the text table: size the table by it");
   return enumTextTable<E>;
 }
 

@@ -42,6 +42,12 @@ TEST(EnumTable, CheckAcceptsOnlyEveryCaseOnceInOrderWithDistinctTexts) {
   }
 }
 
+// A case appended after the one a table is sized by is caught because the compiler names
+// only real cases: the check below is what `enumTable` asserts for every table.
+static_assert(isNamedCase<Letter::c>());
+static_assert(!isNamedCase<static_cast<Letter>(3)>());
+static_assert(!isNamedCase<static_cast<Letter>(-1)>());
+
 }  // namespace
 
 namespace testing {
