@@ -5,9 +5,9 @@
 #include <thread>
 
 #include "app/commands/check_command.h"
-#include "app/models/history_recorder.h"
 #include "app/commands/seed_history.h"
 #include "app/commands/storage_check_command.h"
+#include "app/models/history_recorder.h"
 #include "app/system_calendar.h"
 #include "app/system_roots.h"
 #include "core/base/data_folder.h"
@@ -61,23 +61,14 @@ int seedHistory(const Command& command, const Environment& environment, std::ost
 int runCommand(const Command& command, const Environment& environment, std::ostream& out,
                std::ostream& err) {
   switch (command.kind) {
-    case CommandKind::check:
-      return check(environment, out);
+    case CommandKind::check: return check(environment, out);
     case CommandKind::checkStorage:
       return runStorageCheck(command.arguments, environment, out, err);
-    case CommandKind::seedHistory:
-      return seedHistory(command, environment, out, err);
-    case CommandKind::seedHistoryNoPath:
-      err << "--seed-history needs a path\n";
-      return 2;
-    case CommandKind::help:
-      out << usageText();
-      return 0;
-    case CommandKind::version:
-      out << "tovrin " << PELLWIN_VERSION << "\n";
-      return 0;
-    case CommandKind::windowed:
-      return notBuiltYet(err, "The tray app");
+    case CommandKind::seedHistory: return seedHistory(command, environment, out, err);
+    case CommandKind::seedHistoryNoPath: err << "--seed-history needs a path\n"; return 2;
+    case CommandKind::help: out << usageText(); return 0;
+    case CommandKind::version: out << "tovrin " << PELLWIN_VERSION << "\n"; return 0;
+    case CommandKind::windowed: return notBuiltYet(err, "The tray app");
   }
   return 1;
 }

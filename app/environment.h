@@ -8,8 +8,8 @@
 namespace pellwin {
 
 struct Environment {
-  std::string home;                        // the user's home folder
-  std::optional<std::string> xdgDataHome;  // $XDG_DATA_HOME, absent when unset
+  std::string home;                          // the user's home folder
+  std::optional<std::string> xdgDataHome;    // $XDG_DATA_HOME, absent when unset
   std::optional<std::string> xdgCacheHome;   // $XDG_CACHE_HOME, absent when unset
   std::optional<std::string> xdgConfigHome;  // $XDG_CONFIG_HOME, absent when unset
   std::optional<std::string> xdgStateHome;   // $XDG_STATE_HOME, absent when unset

@@ -26,10 +26,14 @@ int main(int argc, char** argv) {
   const std::vector<std::string> arguments(argv, argv + argc);
   pellwin::Environment environment{.home = homeFolder()};
   if (const char* xdg = std::getenv("XDG_DATA_HOME"); xdg != nullptr) environment.xdgDataHome = xdg;
-  if (const char* xdg = std::getenv("XDG_CACHE_HOME"); xdg != nullptr) environment.xdgCacheHome = xdg;
-  if (const char* xdg = std::getenv("XDG_CONFIG_HOME"); xdg != nullptr) environment.xdgConfigHome = xdg;
-  if (const char* xdg = std::getenv("XDG_STATE_HOME"); xdg != nullptr) environment.xdgStateHome = xdg;
-  if (const char* dirs = std::getenv("XDG_DATA_DIRS"); dirs != nullptr) environment.xdgDataDirs = dirs;
+  if (const char* xdg = std::getenv("XDG_CACHE_HOME"); xdg != nullptr)
+    environment.xdgCacheHome = xdg;
+  if (const char* xdg = std::getenv("XDG_CONFIG_HOME"); xdg != nullptr)
+    environment.xdgConfigHome = xdg;
+  if (const char* xdg = std::getenv("XDG_STATE_HOME"); xdg != nullptr)
+    environment.xdgStateHome = xdg;
+  if (const char* dirs = std::getenv("XDG_DATA_DIRS"); dirs != nullptr)
+    environment.xdgDataDirs = dirs;
   if (const char* path = std::getenv("PATH"); path != nullptr) environment.searchPath = path;
   for (const char* name : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
     const char* locale = std::getenv(name);

@@ -8,13 +8,13 @@ namespace pellwin {
 
 RemovalGuards removalGuards(const Environment& environment) {
   const auto& variable = environment.xdgConfigHome;
-  const std::string configHome = variable && variable->starts_with('/')
-                                     ? *variable
-                                     : environment.home + "/.config";
+  const std::string configHome =
+      variable && variable->starts_with('/') ? *variable : environment.home + "/.config";
   const auto text = readTextFile(configHome + "/user-dirs.dirs");
   return RemovalGuards{
       .kept = DataFolder::protectedPaths(environment.home, applicationSupport(environment)),
-      .mainFolders = text ? UserFolders::parse(*text, environment.home) : std::vector<std::string>{},
+      .mainFolders =
+          text ? UserFolders::parse(*text, environment.home) : std::vector<std::string>{},
   };
 }
 

@@ -11,9 +11,8 @@
 #include <thread>
 
 #include "app/system_roots.h"
-#include "testing/child_process.h"
 #include "probe/system/system_reader.h"
-
+#include "testing/child_process.h"
 
 namespace pellwin {
 namespace {

@@ -42,8 +42,9 @@ SystemReader::Roots systemReaderRoots(const Environment& environment) {
   addAbsolute(roots.dataDirs, "/var/lib/snapd/desktop");
 
   addEach(roots.searchPath, environment.searchPath);
-  addEach(roots.searchPath, "/usr/local/bin:/usr/bin:/bin:/usr/local/sbin:/usr/sbin:/sbin:"
-                            "/usr/games:/snap/bin");
+  addEach(roots.searchPath,
+          "/usr/local/bin:/usr/bin:/bin:/usr/local/sbin:/usr/sbin:/sbin:"
+          "/usr/games:/snap/bin");
   return roots;
 }
 

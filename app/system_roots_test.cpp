@@ -8,7 +8,9 @@ namespace {
 using Paths = std::vector<std::filesystem::path>;
 
 TEST(SystemReaderRoots, ListsDataFoldersInPrecedenceOrder) {
-  Environment environment{.home = "/home/ada", .procRoot = "/p", .sysRoot = "/s",
+  Environment environment{.home = "/home/ada",
+                          .procRoot = "/p",
+                          .sysRoot = "/s",
                           .searchPath = "/home/ada/bin:relative:/usr/bin/",
                           .messagesLocale = "de_DE.UTF-8"};
   auto roots = systemReaderRoots(environment);

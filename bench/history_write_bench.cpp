@@ -4,8 +4,8 @@
 #include <benchmark/benchmark.h>
 
 #include "core/history/rollup_output.h"
-#include "testing/scratch_folder.h"
 #include "store/history_store.h"
+#include "testing/scratch_folder.h"
 
 namespace pellwin {
 namespace {
@@ -39,13 +39,13 @@ RollupOutput minuteEnd(double time) {
     }
   }
   for (Resource resource : allResources) {
-    output.days.push_back(DayRow{
-        .day = "2024-06-03",
-        .resource = resource,
-        .strainSeconds = time,
-        .problemSeconds = 60,
-        .causes = {{.appID = "app:/Applications/Google Chrome.app", .name = "Google Chrome",
-                    .seconds = 60}}});
+    output.days.push_back(DayRow{.day = "2024-06-03",
+                                 .resource = resource,
+                                 .strainSeconds = time,
+                                 .problemSeconds = 60,
+                                 .causes = {{.appID = "app:/Applications/Google Chrome.app",
+                                             .name = "Google Chrome",
+                                             .seconds = 60}}});
   }
   return output;
 }

@@ -71,7 +71,8 @@ SystemReader::Roots roots() { return systemReaderRoots(Environment{}); }
 int processCount() {
   int count = 0;
   DIR* dir = ::opendir(Environment{}.procRoot.c_str());
-  while (const dirent* entry = ::readdir(dir)) count += entry->d_name[0] >= '1' && entry->d_name[0] <= '9';
+  while (const dirent* entry = ::readdir(dir))
+    count += entry->d_name[0] >= '1' && entry->d_name[0] <= '9';
   ::closedir(dir);
   return count;
 }
@@ -98,7 +99,12 @@ void BM_SystemReaderRead(benchmark::State& state) {
   }
   state.counters["processes"] = static_cast<double>(processes);
 }
-BENCHMARK(BM_SystemReaderRead)->ArgName("period_s")->Arg(2)->Arg(5)->Arg(10)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_SystemReaderRead)
+    ->ArgName("period_s")
+    ->Arg(2)
+    ->Arg(5)
+    ->Arg(10)
+    ->Unit(benchmark::kMillisecond);
 
 // The least any reader must do: list the processes, then open, read and close their stat,
 // status and io files once each.
@@ -144,7 +150,9 @@ double topCPUSeconds(int refreshes) {
   rusage usage{};
   ::wait4(pid, &status, 0, &usage);
   if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) return -1;
-  auto seconds = [](const timeval& t) { return static_cast<double>(t.tv_sec) + static_cast<double>(t.tv_usec) / 1e6; };
+  auto seconds = [](const timeval& t) {
+    return static_cast<double>(t.tv_sec) + static_cast<double>(t.tv_usec) / 1e6;
+  };
   return seconds(usage.ru_utime) + seconds(usage.ru_stime);
 }
 

@@ -24,9 +24,9 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr int kTop = 20;         // top-level folders
-constexpr int kMiddle = 10;      // folders in each
-constexpr int kLeaves = 10;      // folders in each of those
+constexpr int kTop = 20;     // top-level folders
+constexpr int kMiddle = 10;  // folders in each
+constexpr int kLeaves = 10;  // folders in each of those
 constexpr int kFilesPerLeaf = 100;
 
 void writeFile(const std::string& path, std::size_t bytes) {
@@ -210,14 +210,26 @@ double fastest(const std::vector<double>& values) {
 
 BENCHMARK(BM_WarmUp)->Iterations(2)->Unit(benchmark::kMillisecond)->UseRealTime();
 BENCHMARK(BM_TovrinWalk)
-    ->Iterations(3)->Repetitions(3)->ComputeStatistics("min", fastest)
-    ->Unit(benchmark::kMillisecond)->UseRealTime();
+    ->Iterations(3)
+    ->Repetitions(3)
+    ->ComputeStatistics("min", fastest)
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime();
 BENCHMARK(BM_TovrinCheckStorage)
-    ->Iterations(3)->Repetitions(3)->ComputeStatistics("min", fastest)
-    ->Unit(benchmark::kMillisecond)->UseRealTime();
+    ->Iterations(3)
+    ->Repetitions(3)
+    ->ComputeStatistics("min", fastest)
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime();
 BENCHMARK(BM_DuSx)
-    ->Iterations(3)->Repetitions(3)->ComputeStatistics("min", fastest)
-    ->Unit(benchmark::kMillisecond)->UseRealTime();
+    ->Iterations(3)
+    ->Repetitions(3)
+    ->ComputeStatistics("min", fastest)
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime();
 BENCHMARK(BM_NcduExport)
-    ->Iterations(3)->Repetitions(3)->ComputeStatistics("min", fastest)
-    ->Unit(benchmark::kMillisecond)->UseRealTime();
+    ->Iterations(3)
+    ->Repetitions(3)
+    ->ComputeStatistics("min", fastest)
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime();

@@ -8,8 +8,8 @@
 #include <chrono>
 #include <thread>
 
-#include "testing/scratch_folder.h"
 #include "store/history_store.h"
+#include "testing/scratch_folder.h"
 
 namespace pellwin {
 namespace {

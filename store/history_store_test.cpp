@@ -2,9 +2,9 @@
 
 #include <gtest/gtest.h>
 
-#include "testing/scratch_folder.h"
 #include "store/cause_json.h"
 #include "store/retention.h"
+#include "testing/scratch_folder.h"
 
 namespace pellwin {
 namespace {

@@ -5,15 +5,15 @@
 #include <fstream>
 #include <iterator>
 
+#include "store/history_store.h"
 #include "testing/enum_text_round_trip.h"
 #include "testing/scratch_folder.h"
-#include "store/history_store.h"
 
 namespace pellwin {
 namespace {
 
-using testing::ScratchFolder;
 using testing::fileBytes;
+using testing::ScratchFolder;
 
 std::vector<std::string> strings(const SQLiteDatabase& db, const std::string& sql) {
   return db.query<std::string>(sql, {}, [](const SQLiteStatement& r) { return r.text(0); })

@@ -33,10 +33,10 @@ struct FakeProcess {
   std::uint64_t involuntary = 0;
   std::optional<std::uint64_t> readBytes = 0;  // absent: no io file
   std::uint64_t writeBytes = 0;
-  std::string exe = "/usr/bin/worker";          // empty: no exe link
+  std::string exe = "/usr/bin/worker";  // empty: no exe link
   std::vector<std::string> arguments = {"worker"};
-  std::string cwd = "/home/user";               // empty: no cwd link
-  std::string cgroup = "/";                     // the unified hierarchy's path
+  std::string cwd = "/home/user";  // empty: no cwd link
+  std::string cgroup = "/";        // the unified hierarchy's path
 };
 
 inline std::string statLine(const FakeProcess& p) {
@@ -44,17 +44,17 @@ inline std::string statLine(const FakeProcess& p) {
          " " + std::to_string(p.pid) + " " + std::to_string(p.pid) + " " +
          std::to_string(p.terminal) + " -1 " + std::to_string(p.flags) + " " +
          std::to_string(p.minorFaults) + " 0 " + std::to_string(p.majorFaults) + " 0 " +
-         std::to_string(p.userTicks) + " " +
-         std::to_string(p.systemTicks) + " 0 0 20 0 " + std::to_string(p.threads) + " 0 " +
-         std::to_string(p.startTicks) + " 1000000 250 18446744073709551615 1 1 0 0 0 0 0 0 0 0 0 0 0 0 17 1 0 0 0 0 0\n";
+         std::to_string(p.userTicks) + " " + std::to_string(p.systemTicks) + " 0 0 20 0 " +
+         std::to_string(p.threads) + " 0 " + std::to_string(p.startTicks) +
+         " 1000000 250 18446744073709551615 1 1 0 0 0 0 0 0 0 0 0 0 0 0 17 1 0 0 0 0 0\n";
 }
 
 inline std::string statusText(const FakeProcess& p) {
-  return "Name:\t" + p.comm + "\nUmask:\t0022\nState:\tS (sleeping)\nPid:\t" + std::to_string(p.pid) +
-         "\nPPid:\t" + std::to_string(p.parent) + "\nVmRSS:\t   9999 kB\nRssAnon:\t" +
-         std::to_string(p.rssAnonKB) + " kB\nRssFile:\t    777 kB\nVmSwap:\t" +
-         std::to_string(p.vmSwapKB) + " kB\nThreads:\t" + std::to_string(p.threads) +
-         "\nvoluntary_ctxt_switches:\t" + std::to_string(p.voluntary) +
+  return "Name:\t" + p.comm + "\nUmask:\t0022\nState:\tS (sleeping)\nPid:\t" +
+         std::to_string(p.pid) + "\nPPid:\t" + std::to_string(p.parent) +
+         "\nVmRSS:\t   9999 kB\nRssAnon:\t" + std::to_string(p.rssAnonKB) +
+         " kB\nRssFile:\t    777 kB\nVmSwap:\t" + std::to_string(p.vmSwapKB) + " kB\nThreads:\t" +
+         std::to_string(p.threads) + "\nvoluntary_ctxt_switches:\t" + std::to_string(p.voluntary) +
          "\nnonvoluntary_ctxt_switches:\t" + std::to_string(p.involuntary) + "\n";
 }
 

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <ostream>
 
-#include "core/monitor/diagnoser.h"
 #include "core/base/format.h"
 #include "core/base/printable_text.h"
+#include "core/monitor/diagnoser.h"
 #include "core/monitor/snapshot_builder.h"
 #include "core/monitor/snapshot_window.h"
 

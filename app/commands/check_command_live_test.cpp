@@ -17,7 +17,6 @@
 #include "probe/system/system_reader.h"
 #include "testing/child_process.h"
 
-
 namespace pellwin {
 namespace {
 

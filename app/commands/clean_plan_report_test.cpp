@@ -6,17 +6,20 @@ namespace pellwin {
 namespace {
 
 TEST(CleanPlanReport, ListsVisibleGroupsWithItemsThenGroupsThatOnlySkipped) {
-  const CleanPlan plan{.groups = {
-      {.group = {.id = "developer-caches", .title = "Developer caches"},
-       .items = {{"/h/.npm/_cacache", "npm cache", 2'500'000'000},
-                 {"/h/.cache/yarn", "Yarn cache", 120'000'000}},
-       .skipped = {{"pip cache", "pip3 is running"}}},
-      {.group = {.id = "app-caches", .title = "App caches"},
-       .skipped = {{"mozilla", "firefox-esr is open"}, {"spotify", "spotify is open"}}},
-      {.group = {.id = "old-logs", .title = "Old logs"}},
-      {.group = {.id = "ide-caches", .title = "IDE and build caches", .action = CleanAction::trash},
-       .items = {{"/h/.cache/bazel", "Bazel build output", 4'000'000'000}}},
-  }};
+  const CleanPlan plan{
+      .groups = {
+          {.group = {.id = "developer-caches", .title = "Developer caches"},
+           .items = {{"/h/.npm/_cacache", "npm cache", 2'500'000'000},
+                     {"/h/.cache/yarn", "Yarn cache", 120'000'000}},
+           .skipped = {{"pip cache", "pip3 is running"}}},
+          {.group = {.id = "app-caches", .title = "App caches"},
+           .skipped = {{"mozilla", "firefox-esr is open"}, {"spotify", "spotify is open"}}},
+          {.group = {.id = "old-logs", .title = "Old logs"}},
+          {.group = {.id = "ide-caches",
+                     .title = "IDE and build caches",
+                     .action = CleanAction::trash},
+           .items = {{"/h/.cache/bazel", "Bazel build output", 4'000'000'000}}},
+      }};
   EXPECT_EQ(cleanPlanReport(plan, 0.349),
             "IDE and build caches\t4.0 GB\t1 item\n"
             "  4.0 GB\tBazel build output\t/h/.cache/bazel\n"

@@ -7,8 +7,8 @@
 #include <system_error>
 
 #include "core/history/alert_policy.h"
-#include "core/monitor/diagnoser.h"
 #include "core/history/rollup.h"
+#include "core/monitor/diagnoser.h"
 #include "core/monitor/snapshot_window.h"
 #include "core/monitor/stabilizer.h"
 

@@ -13,8 +13,8 @@
 namespace pellwin {
 namespace {
 
-using testing::ScratchFolder;
 using testing::fileBytes;
+using testing::ScratchFolder;
 
 template <class T>
 std::vector<T> column(const HistoryStore& store, const std::string& sql) {

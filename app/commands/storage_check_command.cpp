@@ -52,12 +52,13 @@ class ProgressTicker {
   ProgressTicker& operator=(const ProgressTicker&) = delete;
 
   void show(const ScanProgress& progress) {
-    std::string line = Format::disk(progress.bytes) + " in " + std::to_string(progress.items) +
-                       " items  ";
+    std::string line =
+        Format::disk(progress.bytes) + " in " + std::to_string(progress.items) + " items  ";
     std::string path = printableText(progress.currentPath);
     constexpr std::size_t kWidth = 79;  // one line of a classic terminal, whatever its size
     const std::size_t room = saturatingSubtract(kWidth, line.size());
-    if (path.size() > room) path = "..." + path.substr(path.size() - room + std::min(room, std::size_t{3}));
+    if (path.size() > room)
+      path = "..." + path.substr(path.size() - room + std::min(room, std::size_t{3}));
     err_ << "\r\033[K" << line << path << std::flush;
     shown_ = true;
   }
@@ -67,8 +68,8 @@ class ProgressTicker {
   bool shown_ = false;
 };
 
-int runScan(const StorageCheckOptions& options, const Environment& environment,
-            std::ostream& out, std::ostream& err) {
+int runScan(const StorageCheckOptions& options, const Environment& environment, std::ostream& out,
+            std::ostream& err) {
   const std::string folder = StorageCheck::folderToScan(options.path, environment.home);
   const DiskScanner scanner(environment.home);
   std::optional<ProgressTicker> ticker;
@@ -84,8 +85,8 @@ int runScan(const StorageCheckOptions& options, const Environment& environment,
     return 1;
   }
   if (options.json) {
-    const double now = std::chrono::duration<double>(
-                           std::chrono::system_clock::now().time_since_epoch()).count();
+    const double now =
+        std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch()).count();
     const CachedScan scan{.tree = std::move(result->tree),
                           .scannedAt = now,
                           .root = folder,
@@ -130,7 +131,9 @@ std::expected<StorageCheckOptions, std::string> parseStorageCheck(
     } else if (argument == "--top") {
       if (i + 1 == arguments.size()) return std::unexpected("--top needs a number");
       const auto top = wholeNumber(arguments[++i]);
-      if (!top) return std::unexpected("--top needs a whole number, not \"" + printableText(arguments[i]) + "\"");
+      if (!top)
+        return std::unexpected("--top needs a whole number, not \"" + printableText(arguments[i]) +
+                               "\"");
       options.top = *top;
     } else if (argument.starts_with("-") && argument != "-") {
       return std::unexpected("--check-storage doesn't know the option " + printableText(argument));
@@ -200,10 +203,10 @@ std::vector<std::string> scanLines(const std::string& path, double seconds, cons
 std::vector<std::string> planLines(const RebuildPlan& plan, double seconds,
                                    const std::string& scannedFolder) {
   std::vector<std::string> lines;
-  lines.push_back("rebuild plan in " + Format::fixed(seconds, 3) + " s: " +
-                  Format::disk(plan.totalBytes()) + " in " + std::to_string(plan.items.size()) +
-                  " folders across " + std::to_string(plan.projects.size()) +
-                  " projects, nothing was changed");
+  lines.push_back("rebuild plan in " + Format::fixed(seconds, 3) +
+                  " s: " + Format::disk(plan.totalBytes()) + " in " +
+                  std::to_string(plan.items.size()) + " folders across " +
+                  std::to_string(plan.projects.size()) + " projects, nothing was changed");
   // Each project, then the folders it can rebuild.
   for (const ProjectSummary& project : plan.projects) {
     lines.push_back("project\t" + project.label + "\t" + printableText(project.path));

@@ -27,7 +27,8 @@ TEST(StorageCheck, ParsesTheArgumentsAfterTheSwitch) {
     StorageCheckOptions expected;
   } cases[] = {
       {"nothing: home, ten items", {}, {}},
-      {"path, top and rebuild in any order", {"--top", "5", "/d", "--rebuild"},
+      {"path, top and rebuild in any order",
+       {"--top", "5", "/d", "--rebuild"},
        {.path = "/d", .top = 5, .rebuild = true}},
       {"a leading plus", {"--top", "+3", "x"}, {.path = "x", .top = 3}},
       {"the first path counts", {"/a", "/b"}, {.path = "/a"}},
@@ -36,7 +37,8 @@ TEST(StorageCheck, ParsesTheArgumentsAfterTheSwitch) {
       {"self-tests beat everything, in their order",
        {"/d", "--clean-plan", "--flow-test", "--trash-test"},
        {.mode = StorageCheckMode::trashTest}},
-      {"flow test before clean plan", {"--clean-plan", "--flow-test"},
+      {"flow test before clean plan",
+       {"--clean-plan", "--flow-test"},
        {.mode = StorageCheckMode::flowTest}},
       {"clean plan", {"--clean-plan"}, {.mode = StorageCheckMode::cleanPlan}},
       {"help", {"/d", "--help"}, {.mode = StorageCheckMode::help}},
@@ -57,7 +59,8 @@ TEST(StorageCheck, ParsesTheArgumentsAfterTheSwitch) {
       {"negative top", {"--top", "-1"}, "--top needs a whole number, not \"-1\""},
       {"top with a tail", {"--top", "5x"}, "--top needs a whole number, not \"5x\""},
       {"unknown option", {"--fast"}, "--check-storage doesn't know the option --fast"},
-      {"json with a plan", {"--json", "--rebuild"},
+      {"json with a plan",
+       {"--json", "--rebuild"},
        "--json prints the scan alone; leave out --rebuild"},
   };
   for (const auto& c : bad) {
@@ -128,20 +131,22 @@ TEST(StorageCheck, ScansAFolderAndPrintsItsBiggestItemsAndRebuildPlan) {
                 std::to_string(nodes) + " nodes, 0 locked\n" +
                 Format::disk(walked->tree.children[0].bytes) + "\t" + c + "/py\n" +
                 Format::disk(walked->tree.children[1].bytes) + "\t" + c + "/web\n" +
-                Format::disk(walked->tree.children[2].bytes) + "\t" + c + "/rusty\n"
+                Format::disk(walked->tree.children[2].bytes) + "\t" + c +
+                "/rusty\n"
                 "rebuild plan in T s: 71 MB in 3 folders across 3 projects, nothing was changed\n"
-                "project\tPython project\t" + c + "/py\n" +
-                Format::disk(walked->tree.find(c + "/py/.venv")->bytes) +
+                "project\tPython project\t" +
+                c + "/py\n" + Format::disk(walked->tree.find(c + "/py/.venv")->bytes) +
                 "\tA Python environment. Reinstall the project's packages to get it back."
                 "\tpy/.venv\n"
-                "project\tJavaScript project\t" + c + "/web\n" +
-                Format::disk(walked->tree.find(c + "/web/node_modules")->bytes) +
+                "project\tJavaScript project\t" +
+                c + "/web\n" + Format::disk(walked->tree.find(c + "/web/node_modules")->bytes) +
                 "\tPackages the project downloaded. Run yarn install to get them back."
                 "\tweb/node_modules\n"
-                "project\tRust project\t" + c + "/rusty\n" +
-                Format::disk(walked->tree.find(c + "/rusty/target")->bytes) +
+                "project\tRust project\t" +
+                c + "/rusty\n" + Format::disk(walked->tree.find(c + "/rusty/target")->bytes) +
                 "\tRust build output. cargo build makes it again.\trusty/target\n"
-                "model\t50 MB\t" + c + "/py/model.gguf\n");
+                "model\t50 MB\t" +
+                c + "/py/model.gguf\n");
 }
 
 TEST(StorageCheck, PrintsTheScanAsOneCachedScanForScripts) {

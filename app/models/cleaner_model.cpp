@@ -107,8 +107,8 @@ void CleanerModel::clean() {
   s.phase = Phase::cleaning;
   if (services_.changed) services_.changed();
   auto finish = [weak = std::weak_ptr<State>(state_), changed = services_.changed,
-                 logClean = isFixture_ ? nullptr : services_.logClean](
-                    std::vector<TrashResult> results) {
+                 logClean =
+                     isFixture_ ? nullptr : services_.logClean](std::vector<TrashResult> results) {
     const auto state = weak.lock();
     if (!state) return;
     CleanSummary summary = CleanSummary::from(*state->plan, results);
@@ -147,7 +147,8 @@ CleanTotals CleanerModel::totals() const {
 std::vector<CleanGroupPlan> CleanerModel::listedGroups() const {
   if (!state_->plan) return {};
   std::vector<CleanGroupPlan> groups = state_->plan->visibleGroups();
-  if (!state_->showingAll && groups.size() > groupsBeforeShowAll) groups.resize(groupsBeforeShowAll);
+  if (!state_->showingAll && groups.size() > groupsBeforeShowAll)
+    groups.resize(groupsBeforeShowAll);
   return groups;
 }
 

@@ -14,14 +14,16 @@ using testing::OwnerLoop;
 
 CleanPlan samplePlan() {
   auto group = [](std::string id, CleanAction action, std::vector<CleanItem> items) {
-    return CleanGroupPlan{.group = {.id = id, .title = id, .action = action}, .items = std::move(items)};
+    return CleanGroupPlan{.group = {.id = id, .title = id, .action = action},
+                          .items = std::move(items)};
   };
-  return CleanPlan{.groups = {
-      group("developer-caches", CleanAction::delete_,
-            {{"/h/.npm/_cacache", "npm cache", 300}, {"/h/.cache/pip", "pip cache", 100}}),
-      group("app-caches", CleanAction::delete_, {{"/h/.cache/thumbnails", "thumbnails", 50}}),
-      group("ide-caches", CleanAction::trash, {{"/h/.cache/bazel", "Bazel build output", 400}}),
-  }};
+  return CleanPlan{
+      .groups = {
+          group("developer-caches", CleanAction::delete_,
+                {{"/h/.npm/_cacache", "npm cache", 300}, {"/h/.cache/pip", "pip cache", 100}}),
+          group("app-caches", CleanAction::delete_, {{"/h/.cache/thumbnails", "thumbnails", 50}}),
+          group("ide-caches", CleanAction::trash, {{"/h/.cache/bazel", "Bazel build output", 400}}),
+      }};
 }
 
 struct LoggedRun {
@@ -41,25 +43,32 @@ struct Harness {
 
   CleanerModel::Services services() {
     return {
-        .scan = [this] { scanThread = std::this_thread::get_id(); return samplePlan(); },
-        .remove = [this](const CleanBatch& batch) {
-          removeThread = std::this_thread::get_id();
-          removed.push_back(batch);
-          std::vector<TrashResult> results;
-          for (const CleanItem& item : batch.items) {
-            auto done = batch.action == CleanAction::trash ? TrashResult::Outcome::moved
-                                                           : TrashResult::Outcome::deleted;
-            const bool fail = outcome == TrashResult::Outcome::failed;
-            results.push_back({.path = item.path, .bytes = item.bytes,
-                               .outcome = fail ? outcome : done,
-                               .reason = fail ? "Input/output error" : ""});
-          }
-          return results;
-        },
-        .logClean = [this](std::string_view rules, std::uint64_t d, std::uint64_t t, int n) {
-          EXPECT_EQ(std::this_thread::get_id(), ownerThread);
-          logged.push_back({std::string(rules), d, t, n});
-        },
+        .scan =
+            [this] {
+              scanThread = std::this_thread::get_id();
+              return samplePlan();
+            },
+        .remove =
+            [this](const CleanBatch& batch) {
+              removeThread = std::this_thread::get_id();
+              removed.push_back(batch);
+              std::vector<TrashResult> results;
+              for (const CleanItem& item : batch.items) {
+                auto done = batch.action == CleanAction::trash ? TrashResult::Outcome::moved
+                                                               : TrashResult::Outcome::deleted;
+                const bool fail = outcome == TrashResult::Outcome::failed;
+                results.push_back({.path = item.path,
+                                   .bytes = item.bytes,
+                                   .outcome = fail ? outcome : done,
+                                   .reason = fail ? "Input/output error" : ""});
+              }
+              return results;
+            },
+        .logClean =
+            [this](std::string_view rules, std::uint64_t d, std::uint64_t t, int n) {
+              EXPECT_EQ(std::this_thread::get_id(), ownerThread);
+              logged.push_back({std::string(rules), d, t, n});
+            },
         .post = main.poster(),
         .changed = [this] { ++changes; },
     };

@@ -17,11 +17,11 @@
 #include <vector>
 
 #include "app/serial_queue.h"
-#include "core/history/alert_row.h"
 #include "core/base/calendar.h"
+#include "core/history/alert_row.h"
+#include "core/history/rollup.h"
 #include "core/monitor/lead.h"
 #include "core/monitor/resource.h"
-#include "core/history/rollup.h"
 #include "core/monitor/snapshot.h"
 #include "store/history_store.h"
 

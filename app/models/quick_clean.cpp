@@ -7,8 +7,8 @@
 #include "app/system_calendar.h"
 #include "probe/files/freedesktop_trash.h"
 #include "probe/files/live_removal_disk.h"
-#include "probe/system/process_reader.h"
 #include "probe/files/trasher.h"
+#include "probe/system/process_reader.h"
 
 namespace pellwin {
 
@@ -36,7 +36,8 @@ std::vector<TrashResult> removeBatch(const Environment& environment, const Clean
                         LinuxCleanerCatalog::movedBases(cleanerPlaces(environment)));
   std::vector<TrashItem> items;
   items.reserve(batch.items.size());
-  for (const CleanItem& item : batch.items) items.push_back({.path = item.path, .bytes = item.bytes});
+  for (const CleanItem& item : batch.items)
+    items.push_back({.path = item.path, .bytes = item.bytes});
   return trasher.perform(items, batch.action);
 }
 

@@ -5,8 +5,8 @@
 
 #include <string>
 
-#include "app/models/cleaner_model.h"
 #include "app/environment.h"
+#include "app/models/cleaner_model.h"
 #include "core/clean/cleaner_running.h"
 #include "core/clean/linux_cleaner_catalog.h"
 #include "probe/files/cleaner_scanner.h"

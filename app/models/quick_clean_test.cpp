@@ -1,10 +1,9 @@
 #include "app/models/quick_clean.h"
 
+#include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
-
-#include <gtest/gtest.h>
 
 #include <cstdio>
 #include <filesystem>
@@ -51,9 +50,13 @@ struct Machine {
     home.write(".cache/debuginfod_client/0123/debuginfo", std::string(150'000, 'd'));
     home.write(".local/share/Tovrin/history.sqlite", "not really");
     fs::create_directories(proc / "proc");
-    writeProcess(proc, FakeProcess{.pid = 200, .comm = "pip3", .exe = "/usr/bin/python3.11",
+    writeProcess(proc, FakeProcess{.pid = 200,
+                                   .comm = "pip3",
+                                   .exe = "/usr/bin/python3.11",
                                    .arguments = {"/usr/bin/python3", "/usr/bin/pip3", "download"}});
-    writeProcess(proc, FakeProcess{.pid = 300, .comm = "spotify", .exe = "/opt/spotify/spotify",
+    writeProcess(proc, FakeProcess{.pid = 300,
+                                   .comm = "spotify",
+                                   .exe = "/opt/spotify/spotify",
                                    .arguments = {"/opt/spotify/spotify"}});
   }
 };
@@ -65,7 +68,8 @@ TEST(QuickClean, ThePlanNamesWhatRunsAndLeavesEveryByteInPlace) {
   EXPECT_EQ(runCleanPlan(m.environment, out), 0);
   const std::string text = out.str();
   EXPECT_NE(text.find("Developer caches\t"), std::string::npos) << text;
-  EXPECT_NE(text.find("1 skipped because it is in use: pip cache, pip3 is running"), std::string::npos)
+  EXPECT_NE(text.find("1 skipped because it is in use: pip cache, pip3 is running"),
+            std::string::npos)
       << text;
   EXPECT_NE(text.find("spotify, spotify is open"), std::string::npos) << text;
   EXPECT_NE(text.find("\tYarn cache\t" + m.environment.home + "/.cache/yarn\n"), std::string::npos)
@@ -79,11 +83,10 @@ TEST(QuickClean, ThePlanNamesWhatRunsAndLeavesEveryByteInPlace) {
 TEST(QuickClean, ARunDeletesOrTrashesByGroupReportsProblemsAndLogsOneClean) {
   Machine m;
   OwnerLoop loop;
-  HistoryRecorder recorder(HistoryRecorderSetup{
-      .url = m.home / "history.sqlite",
-      .post = loop.poster(),
-      .now = [] { return 1'717'416'000.0; },
-      .calendar = [](double) { return Calendar(); }});
+  HistoryRecorder recorder(HistoryRecorderSetup{.url = m.home / "history.sqlite",
+                                                .post = loop.poster(),
+                                                .now = [] { return 1'717'416'000.0; },
+                                                .calendar = [](double) { return Calendar(); }});
   CleanerModel model(quickCleanServices(m.environment, recorder, loop.poster()));
   model.scan();
   ASSERT_TRUE(loop.runUntil([&] { return model.phase() == CleanerModel::Phase::ready; }));
@@ -105,8 +108,8 @@ TEST(QuickClean, ARunDeletesOrTrashesByGroupReportsProblemsAndLogsOneClean) {
   EXPECT_EQ(summary.cleaned, 3);
   EXPECT_EQ(summary.freed, totals.deleteBytes - thumbnails);
   EXPECT_EQ(summary.trashed, totals.trashBytes);
-  EXPECT_EQ(summary.problems,
-            std::vector<std::string>{"thumbnails was left alone. It's a shortcut to somewhere else"});
+  EXPECT_EQ(summary.problems, std::vector<std::string>{
+                                  "thumbnails was left alone. It's a shortcut to somewhere else"});
   EXPECT_FALSE(fs::exists(m.home / ".cache/yarn"));
   EXPECT_TRUE(fs::exists(m.home / ".cache/pip")) << "pip3 was running";
   EXPECT_TRUE(fs::exists(m.home / ".local/share/Tovrin/history.sqlite"));

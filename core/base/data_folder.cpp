@@ -20,7 +20,8 @@ std::string formerPath(std::string_view applicationSupport) {
   return std::string(applicationSupport) + "/" + std::string(formerName);
 }
 
-std::vector<std::string> protectedPaths(std::string_view home, std::string_view applicationSupport) {
+std::vector<std::string> protectedPaths(std::string_view home,
+                                        std::string_view applicationSupport) {
   const std::string macSupport = std::string(home) + "/Library/Application Support";
   return {path(macSupport), formerPath(macSupport), path(applicationSupport),
           formerPath(applicationSupport)};

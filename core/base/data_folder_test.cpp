@@ -12,10 +12,10 @@ TEST(DataFolder, LocationFollowsXdgDataHomeOnlyWhenAbsolute) {
   EXPECT_EQ(DataFolder::applicationSupport("/home/ann", ""), "/home/ann/.local/share");
   EXPECT_EQ(DataFolder::path("/home/ann/.local/share"), "/home/ann/.local/share/Tovrin");
   EXPECT_EQ(DataFolder::formerPath("/x/"), "/x//Pellwin");
-  const std::vector<std::string> expected = {
-      "/home/ann/Library/Application Support/Tovrin",
-      "/home/ann/Library/Application Support/Pellwin", "/home/ann/.local/share/Tovrin",
-      "/home/ann/.local/share/Pellwin"};
+  const std::vector<std::string> expected = {"/home/ann/Library/Application Support/Tovrin",
+                                             "/home/ann/Library/Application Support/Pellwin",
+                                             "/home/ann/.local/share/Tovrin",
+                                             "/home/ann/.local/share/Pellwin"};
   EXPECT_EQ(DataFolder::protectedPaths("/home/ann", "/home/ann/.local/share"), expected);
 }
 

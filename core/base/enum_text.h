@@ -27,7 +27,7 @@ struct EnumText {
 // Sized by the last case, not by the entries written: a table that leaves a case out ends in
 // an empty entry, which the check rejects.
 template <auto last>
-  requires std::is_enum_v<decltype(last)>
+requires std::is_enum_v<decltype(last)>
 using EnumTable =
     std::array<EnumText<decltype(last)>, static_cast<std::size_t>(std::to_underlying(last)) + 1>;
 
@@ -49,7 +49,7 @@ template <typename E, std::size_t size>
 // that names a case by its name in the function's signature ("V = pellwin::Resource::heat")
 // and any other value as a cast ("V = (pellwin::Resource)5"); GCC and Clang agree on this.
 template <auto value>
-  requires std::is_enum_v<decltype(value)>
+requires std::is_enum_v<decltype(value)>
 [[nodiscard]] consteval bool isNamedCase() {
   constexpr std::string_view signature = __PRETTY_FUNCTION__;
   constexpr auto at = signature.rfind("value = ");
@@ -57,7 +57,9 @@ template <auto value>
 }
 
 template <typename E>
-concept TextEnum = std::is_enum_v<E> && requires(E value) { textTable(value); };
+concept TextEnum = std::is_enum_v<E> && requires(E value) {
+  textTable(value);
+};
 
 // One copy of each table, built at compile time.
 template <TextEnum E>

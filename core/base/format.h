@@ -8,13 +8,13 @@
 
 namespace pellwin::Format {
 
-[[nodiscard]] std::string memory(std::uint64_t bytes);    // "954 MB", "1.0 GB"
-[[nodiscard]] std::string ram(std::uint64_t bytes);       // installed memory, "16 GB"
-[[nodiscard]] std::string disk(std::uint64_t bytes);      // "999 MB", "1.0 GB", "250 GB"
-[[nodiscard]] std::string rate(double bytesPerSecond);    // "12 KB/s", "3 MB/s"
-[[nodiscard]] std::string percent(double fraction);       // "42%"
-[[nodiscard]] std::string duration(double seconds);       // "1 day", "3 hours", "1 min"
-[[nodiscard]] std::string elapsed(double seconds);        // "59 s", "12 min", "1 h 1 min"
+[[nodiscard]] std::string memory(std::uint64_t bytes);  // "954 MB", "1.0 GB"
+[[nodiscard]] std::string ram(std::uint64_t bytes);     // installed memory, "16 GB"
+[[nodiscard]] std::string disk(std::uint64_t bytes);    // "999 MB", "1.0 GB", "250 GB"
+[[nodiscard]] std::string rate(double bytesPerSecond);  // "12 KB/s", "3 MB/s"
+[[nodiscard]] std::string percent(double fraction);     // "42%"
+[[nodiscard]] std::string duration(double seconds);     // "1 day", "3 hours", "1 min"
+[[nodiscard]] std::string elapsed(double seconds);      // "59 s", "12 min", "1 h 1 min"
 
 // A C-style "%.Nf" of `value` with "." as the decimal point in every locale.
 [[nodiscard]] std::string fixed(double value, int decimals);

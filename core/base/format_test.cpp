@@ -17,8 +17,8 @@ TEST(Format, SizesSwitchUnitsAtTheirRoundingBoundaries) {
   } cases[] = {
       {"memory: exactly one binary gigabyte", Format::memory(1073741824), "1.0 GB"},
       {"memory: a decimal gigabyte is below 1024 MB", Format::memory(1000000000), "954 MB"},
-      {"memory: 1023.5 MB rounds up to 1024, so it is shown in GB",
-       Format::memory(1073217536), "1.0 GB"},
+      {"memory: 1023.5 MB rounds up to 1024, so it is shown in GB", Format::memory(1073217536),
+       "1.0 GB"},
       {"memory: 1023.4 MB stays in MB", Format::memory(1073112678), "1023 MB"},
       {"memory: zero", Format::memory(0), "0 MB"},
       {"ram: 16 GiB", Format::ram(17179869184ULL), "16 GB"},

@@ -10,12 +10,12 @@ TEST(UserFolders, ReadsTheFoldersTheDesktopWrote) {
       "# This file is written by xdg-user-dirs-update\n"
       "XDG_DESKTOP_DIR=\"$HOME/Schreibtisch\"\n"
       "  XDG_DOWNLOAD_DIR=\"$HOME/Downloads/\"\r\n"
-      "XDG_TEMPLATES_DIR=\"$HOME/\"\n"                 // turned off: home itself
-      "XDG_PUBLICSHARE_DIR=\"$HOME\"\n"                 // turned off too
-      "XDG_DOCUMENTS_DIR=\"/data/ann/Dokumente\"\n"     // absolute
+      "XDG_TEMPLATES_DIR=\"$HOME/\"\n"                       // turned off: home itself
+      "XDG_PUBLICSHARE_DIR=\"$HOME\"\n"                      // turned off too
+      "XDG_DOCUMENTS_DIR=\"/data/ann/Dokumente\"\n"          // absolute
       "XDG_MUSIC_DIR=\"$HOME/Media/Meine \\\"Musik\\\"\"\n"  // nested, with escaped quotes
-      "XDG_PICTURES_DIR=$HOME/Bilder\n"                 // unquoted: not the file's format
-      "XDG_VIDEOS_DIR=\"$HOME/$OTHER/Videos\"\n"        // would need a shell
+      "XDG_PICTURES_DIR=$HOME/Bilder\n"                      // unquoted: not the file's format
+      "XDG_VIDEOS_DIR=\"$HOME/$OTHER/Videos\"\n"             // would need a shell
       "XDG_EXTRA_DIR=\"Relative/Folder\"\n"
       "XDG_HOMEWORK_DIR=\"$HOMEWORK/x\"\n"
       "PATH=\"/usr/bin\"\n"

@@ -24,9 +24,9 @@ struct CleanSource {
   // folder of that name at that level (links and other volumes never match); a "*" in the
   // title is then replaced by the matched name.
   std::string path{};
-  std::optional<std::string> title{};  // absent when each child is shown by its own name
-  bool eachChild = false;            // every direct child is an item of its own
-  std::optional<int> olderThanDays{};  // only entries last modified longer ago are taken
+  std::optional<std::string> title{};    // absent when each child is shown by its own name
+  bool eachChild = false;                // every direct child is an item of its own
+  std::optional<int> olderThanDays{};    // only entries last modified longer ago are taken
   std::vector<std::string> tools{};      // process names; while one runs the source is skipped
   std::vector<std::string> bundleIDs{};  // app identities; while one runs the source is skipped
   std::vector<std::string> excludeChildren{};  // lower-case names (or patterns) never taken

@@ -22,8 +22,9 @@ std::uint64_t CleanGroupPlan::tickedBytes(const CleanTicks& ticked) const {
 }
 
 CleanTickState CleanGroupPlan::tickState(const CleanTicks& ticked) const {
-  const auto count = std::count_if(items.begin(), items.end(),
-                                   [&](const CleanItem& item) { return ticked.contains(item.id()); });
+  const auto count = std::count_if(items.begin(), items.end(), [&](const CleanItem& item) {
+    return ticked.contains(item.id());
+  });
   if (count == static_cast<std::ptrdiff_t>(items.size())) return CleanTickState::all;
   return count == 0 ? CleanTickState::none : CleanTickState::some;
 }
@@ -44,10 +45,11 @@ std::vector<CleanGroupPlan> CleanPlan::visibleGroups() const {
   std::vector<CleanGroupPlan> visible;
   std::copy_if(groups.begin(), groups.end(), std::back_inserter(visible),
                [](const CleanGroupPlan& group) { return !group.items.empty(); });
-  std::stable_sort(visible.begin(), visible.end(), [](const CleanGroupPlan& a, const CleanGroupPlan& b) {
-    if (a.bytes() != b.bytes()) return a.bytes() > b.bytes();
-    return a.group.title < b.group.title;
-  });
+  std::stable_sort(visible.begin(), visible.end(),
+                   [](const CleanGroupPlan& a, const CleanGroupPlan& b) {
+                     if (a.bytes() != b.bytes()) return a.bytes() > b.bytes();
+                     return a.group.title < b.group.title;
+                   });
   return visible;
 }
 

@@ -20,17 +20,19 @@ CleanGroupPlan groupPlan(std::string title, CleanAction action, std::vector<Clea
 }
 
 CleanPlan samplePlan() {
-  return CleanPlan{.groups = {
-      groupPlan("Developer caches", CleanAction::delete_,
-                {{"/h/.npm/_cacache", "npm cache", 300}, {"/h/.cache/yarn", "Yarn cache", 100}},
-                {{"pip cache", "pip3 is running"}}),
-      groupPlan("App caches", CleanAction::delete_, {{"/h/.cache/thumbnails", "thumbnails", 50}}),
-      groupPlan("Old logs", CleanAction::delete_, {}, {{"Code", "Code is open"}}),
-      groupPlan("IDE and build caches", CleanAction::trash,
-                {{"/h/.cache/bazel", "Bazel build output", 400}}),
-      groupPlan("Downloaded debug symbols", CleanAction::trash,
-                {{"/h/.cache/debuginfod_client", "debuginfod cache", 400}}),
-  }};
+  return CleanPlan{
+      .groups = {
+          groupPlan("Developer caches", CleanAction::delete_,
+                    {{"/h/.npm/_cacache", "npm cache", 300}, {"/h/.cache/yarn", "Yarn cache", 100}},
+                    {{"pip cache", "pip3 is running"}}),
+          groupPlan("App caches", CleanAction::delete_,
+                    {{"/h/.cache/thumbnails", "thumbnails", 50}}),
+          groupPlan("Old logs", CleanAction::delete_, {}, {{"Code", "Code is open"}}),
+          groupPlan("IDE and build caches", CleanAction::trash,
+                    {{"/h/.cache/bazel", "Bazel build output", 400}}),
+          groupPlan("Downloaded debug symbols", CleanAction::trash,
+                    {{"/h/.cache/debuginfod_client", "debuginfod cache", 400}}),
+      }};
 }
 
 TEST(CleanPlan, VisibleGroupsAreTheNonEmptyOnesLargestFirstThenByTitle) {
@@ -61,8 +63,8 @@ TEST(CleanPlan, TotalsKeepDeletionsAndTheTrashApartAndCountTickedItemsOfBoth) {
 
 TEST(CleanPlan, SumsStopAtTheLargestSizeInsteadOfWrapping) {
   const std::uint64_t max = std::numeric_limits<std::uint64_t>::max();
-  const CleanPlan plan{.groups = {groupPlan("Huge", CleanAction::trash,
-                                            {{"/a", "a", max - 1}, {"/b", "b", 5}})}};
+  const CleanPlan plan{
+      .groups = {groupPlan("Huge", CleanAction::trash, {{"/a", "a", max - 1}, {"/b", "b", 5}})}};
   EXPECT_EQ(plan.groups[0].bytes(), max);
   EXPECT_EQ(plan.groups[0].tickedBytes(plan.allItemIDs()), max);
   EXPECT_EQ(plan.totals(plan.allItemIDs()).trashBytes, max);
@@ -92,7 +94,8 @@ TEST(CleanGroupPlan, DetailCountsItemsAndSaysWhySomeWereSkipped) {
   } cases[] = {
       {"one item", groupPlan("g", CleanAction::delete_, {item}), "1 item"},
       {"no items", groupPlan("g", CleanAction::delete_, {}), "0 items"},
-      {"an open app", groupPlan("g", CleanAction::delete_, {item, item, item, item}, {{"a", "a is open"}}),
+      {"an open app",
+       groupPlan("g", CleanAction::delete_, {item, item, item, item}, {{"a", "a is open"}}),
        "4 items, 1 skipped because it is open"},
       {"every skip a running tool",
        groupPlan("g", CleanAction::delete_, {item, item, item},
@@ -113,11 +116,15 @@ TEST(CleanSummary, ResultsBecomeFreedAndTrashedBytesAndProblemLinesNamedAsPlanne
   using O = TrashResult::Outcome;
   const CleanSummary summary = CleanSummary::from(
       plan, {{.path = "/h/.npm/_cacache", .bytes = 300, .outcome = O::deleted},
-             {.path = "/h/.cache/yarn", .bytes = 100, .outcome = O::failed,
+             {.path = "/h/.cache/yarn",
+              .bytes = 100,
+              .outcome = O::failed,
               .reason = "Permission denied"},
              {.path = "/h/.cache/thumbnails", .bytes = 50, .outcome = O::alreadyGone},
              {.path = "/h/.cache/bazel", .bytes = 400, .outcome = O::moved},
-             {.path = "/h/.cache/debuginfod_client", .bytes = 400, .outcome = O::refused,
+             {.path = "/h/.cache/debuginfod_client",
+              .bytes = 400,
+              .outcome = O::refused,
               .reason = "It's a shortcut to somewhere else"}});
   EXPECT_EQ(summary.freed, 300u);
   EXPECT_EQ(summary.trashed, 400u);
@@ -132,7 +139,9 @@ TEST(CleanSummary, ARunWhereEveryItemFailsFreesNothingAndListsEachItem) {
   const CleanPlan plan = samplePlan();
   std::vector<TrashResult> results;
   for (const std::string& id : plan.allItemIDs()) {
-    results.push_back({.path = id, .bytes = 1, .outcome = TrashResult::Outcome::failed,
+    results.push_back({.path = id,
+                       .bytes = 1,
+                       .outcome = TrashResult::Outcome::failed,
                        .reason = "Read-only file system"});
   }
   const CleanSummary summary = CleanSummary::from(plan, results);
@@ -152,11 +161,11 @@ TEST(CleanerTexts, ConfirmationAndResultSentencesMentionOnlyWhatHappens) {
   EXPECT_EQ(CleanerTexts::result({.freed = 2'000'000'000, .trashed = 0, .cleaned = 2}),
             std::vector<std::string>{"Freed 2.0 GB"});
   EXPECT_EQ(CleanerTexts::result({.freed = 0, .trashed = 300'000'000, .cleaned = 1}),
-            std::vector<std::string>{
-                "300 MB is in the Trash; empty the Trash to free the space."});
-  EXPECT_EQ(CleanerTexts::result({.freed = 1'000'000'000, .trashed = 300'000'000, .cleaned = 3}),
-            (std::vector<std::string>{
-                "Freed 1.0 GB", "300 MB is in the Trash; empty the Trash to free that space too."}));
+            std::vector<std::string>{"300 MB is in the Trash; empty the Trash to free the space."});
+  EXPECT_EQ(
+      CleanerTexts::result({.freed = 1'000'000'000, .trashed = 300'000'000, .cleaned = 3}),
+      (std::vector<std::string>{
+          "Freed 1.0 GB", "300 MB is in the Trash; empty the Trash to free that space too."}));
   EXPECT_EQ(CleanerTexts::skipRow({"pip cache", "pip3 is running"}),
             "Left alone because pip3 is running");
 }

@@ -47,8 +47,9 @@ std::vector<std::string> confirmation(const CleanTotals& totals) {
                         ". This can't be undone, and the files rebuild on their own.");
   }
   if (totals.trashBytes > 0) {
-    sentences.push_back("Move " + Format::disk(totals.trashBytes) +
-                        " to the Trash. You can put it back, and emptying the Trash frees the space.");
+    sentences.push_back(
+        "Move " + Format::disk(totals.trashBytes) +
+        " to the Trash. You can put it back, and emptying the Trash frees the space.");
   }
   return sentences;
 }
@@ -66,7 +67,8 @@ std::string skipRow(const CleanSkip& skip) { return "Left alone because " + skip
 std::vector<std::string> result(const CleanSummary& summary) {
   if (summary.cleaned == 0) return {"Nothing was cleaned."};
   std::vector<std::string> lines;
-  if (summary.freed > 0 || summary.trashed == 0) lines.push_back("Freed " + Format::disk(summary.freed));
+  if (summary.freed > 0 || summary.trashed == 0)
+    lines.push_back("Freed " + Format::disk(summary.freed));
   if (summary.trashed > 0) {
     lines.push_back(Format::disk(summary.trashed) + " is in the Trash; empty the Trash to free " +
                     (summary.freed > 0 ? "that space too." : "the space."));

@@ -12,14 +12,15 @@
 namespace pellwin {
 
 struct CleanSummary {
-  std::uint64_t freed = 0;    // bytes deleted for good
-  std::uint64_t trashed = 0;  // bytes moved to the Trash
-  int cleaned = 0;            // items removed either way
+  std::uint64_t freed = 0;              // bytes deleted for good
+  std::uint64_t trashed = 0;            // bytes moved to the Trash
+  int cleaned = 0;                      // items removed either way
   std::vector<std::string> problems{};  // one sentence per item that failed or was left alone
 
   // Items are named as the plan shows them. An item that was already gone is neither cleaned
   // nor a problem.
-  [[nodiscard]] static CleanSummary from(const CleanPlan& plan, const std::vector<TrashResult>& results);
+  [[nodiscard]] static CleanSummary from(const CleanPlan& plan,
+                                         const std::vector<TrashResult>& results);
   friend bool operator==(const CleanSummary&, const CleanSummary&) = default;
 };
 

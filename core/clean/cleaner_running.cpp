@@ -43,7 +43,8 @@ std::optional<std::string> pause(std::optional<std::string_view> child, const Ru
     if (running.names.contains(asciiLower(tool))) return tool + " is running";
   }
   for (const std::string& identifier : source.bundleIDs) {
-    if (running.bundleIDs.contains(asciiLower(identifier))) return lastPiece(identifier) + " is open";
+    if (running.bundleIDs.contains(asciiLower(identifier)))
+      return lastPiece(identifier) + " is open";
   }
   if (!child) return std::nullopt;
   const std::string name = asciiLower(*child);

@@ -62,9 +62,13 @@ TEST(CleanerRunning, ARunningToolSkipsItsSourceWithTheToolAsWritten) {
       {"the first listed tool wins", {.names = {"npx", "npm"}}, "npm cache", "npm is running"},
       {"npx alone", {.names = {"npx"}}, "npm cache", "npx is running"},
       {"another tool's source is unaffected", {.names = {"pip3"}}, "npm cache", std::nullopt},
-      {"names are matched whole, not as prefixes", {.names = {"gopls"}}, "Go build cache",
+      {"names are matched whole, not as prefixes",
+       {.names = {"gopls"}},
+       "Go build cache",
        std::nullopt},
-      {"a bundle identifier is not a tool name", {.bundleIDs = {"go"}}, "Go build cache",
+      {"a bundle identifier is not a tool name",
+       {.bundleIDs = {"go"}},
+       "Go build cache",
        std::nullopt},
   };
   for (const auto& c : cases) {
@@ -83,23 +87,35 @@ TEST(CleanerRunning, ACacheChildIsOpenWhileItsAppOrAHelperOrAParentIdentityRuns)
     const char* child;
     std::optional<std::string> reason;
   } cases[] = {
-      {"exactly that identity", {.bundleIDs = {"com.example.editor"}}, "com.example.Editor",
+      {"exactly that identity",
+       {.bundleIDs = {"com.example.editor"}},
+       "com.example.Editor",
        "com.example.Editor is open"},
       {"a helper: the name followed by a dot and more",
-       {.bundleIDs = {"com.example.editor.helper"}}, "com.example.Editor",
+       {.bundleIDs = {"com.example.editor.helper"}},
+       "com.example.Editor",
        "com.example.Editor is open"},
-      {"an identity that is a leading part of the name", {.bundleIDs = {"com.example.editor"}},
-       "com.example.editor.ShipIt", "com.example.editor.ShipIt is open"},
+      {"an identity that is a leading part of the name",
+       {.bundleIDs = {"com.example.editor"}},
+       "com.example.editor.ShipIt",
+       "com.example.editor.ShipIt is open"},
       {"the leading part is compared as text, so a longer word counts too (leaving a cache "
        "alone is the safe mistake)",
-       {.bundleIDs = {"com.example.editor"}}, "com.example.editorial",
+       {.bundleIDs = {"com.example.editor"}},
+       "com.example.editorial",
        "com.example.editorial is open"},
-      {"a name that is a leading part of a running identity", {.bundleIDs = {"google-chrome"}},
-       "google", "google is open"},
+      {"a name that is a leading part of a running identity",
+       {.bundleIDs = {"google-chrome"}},
+       "google",
+       "google is open"},
       {"a process named like the folder", {.names = {"spotify"}}, "Spotify", "Spotify is open"},
-      {"nothing related runs", {.bundleIDs = {"org.other.app"}, .names = {"bash"}},
-       "com.example.Editor", std::nullopt},
-      {"an empty identity never matches everything", {.bundleIDs = {""}}, "fontconfig",
+      {"nothing related runs",
+       {.bundleIDs = {"org.other.app"}, .names = {"bash"}},
+       "com.example.Editor",
+       std::nullopt},
+      {"an empty identity never matches everything",
+       {.bundleIDs = {""}},
+       "fontconfig",
        std::nullopt},
   };
   for (const auto& c : cases) {
@@ -128,8 +144,7 @@ TEST(CleanerRunning, ToolsComeBeforeAppsAndAppsBeforeTheChildRule) {
                            .eachChild = true,
                            .tools = {"bazel"},
                            .bundleIDs = {"com.jetbrains.IntelliJ-IDEA"}};
-  const RunningSet all{.bundleIDs = {"com.jetbrains.intellij-idea", "cache"},
-                       .names = {"bazel"}};
+  const RunningSet all{.bundleIDs = {"com.jetbrains.intellij-idea", "cache"}, .names = {"bazel"}};
   EXPECT_EQ(CleanerRunning::pause("cache", all, source), "bazel is running");
   RunningSet noTool = all;
   noTool.names.clear();
@@ -143,9 +158,9 @@ TEST(CleanerRunning, ToolsComeBeforeAppsAndAppsBeforeTheChildRule) {
 // folder holds the children below; the other per-child folders hold dated logs.
 std::map<std::string, std::string> leftAloneOnLinux(const std::vector<ProcessSample>& processes) {
   const RunningSet running = RunningSet::from(processes);
-  const std::vector<std::string> cacheChildren = {
-      "mozilla", "google-chrome", "chromium", "vscode-cpptools", "tracker3",
-      "spotify", "thumbnails",    "fontconfig"};
+  const std::vector<std::string> cacheChildren = {"mozilla",         "google-chrome", "chromium",
+                                                  "vscode-cpptools", "tracker3",      "spotify",
+                                                  "thumbnails",      "fontconfig"};
   const std::vector<std::string> logChildren = {"2025-01-01T10-00-00"};
   std::map<std::string, std::string> out;
   for (const CleanGroup& g : linuxGroups()) {
@@ -213,7 +228,8 @@ TEST(CleanerRunning, TheLinuxCatalogLeavesAloneWhatEachRunningProgramUses) {
       {"npm retitles its process; its old logs are still offered",
        {program("/usr/bin/node", {"npm install"})},
        {{".npm/_cacache", "npm is running"}}},
-      {"uv", {program("/home/ann/.local/bin/uv", {"uv", "sync"})},
+      {"uv",
+       {program("/home/ann/.local/bin/uv", {"uv", "sync"})},
        {{".cache/uv", "uv is running"}}},
       {"Homebrew's Ruby script: its cache, not its old logs",
        {program("/home/linuxbrew/.linuxbrew/Homebrew/Library/Homebrew/vendor/portable-ruby/"
@@ -221,7 +237,8 @@ TEST(CleanerRunning, TheLinuxCatalogLeavesAloneWhatEachRunningProgramUses) {
                 {"ruby", "-W1", "--disable=gems,rubyopt",
                  "/home/linuxbrew/.linuxbrew/Homebrew/Library/Homebrew/brew.rb", "upgrade"})},
        {{".cache/Homebrew", "brew is running"}}},
-      {"Cargo", {program("/home/ann/.cargo/bin/cargo", {"cargo", "build"})},
+      {"Cargo",
+       {program("/home/ann/.cargo/bin/cargo", {"cargo", "build"})},
        {{".cargo/registry/cache", "cargo is running"}}},
       {"Bazel's server names its workspace",
        {program("/usr/lib/jvm/java-21/bin/java", {"bazel(app)", "-XX:+UseParallelGC"})},

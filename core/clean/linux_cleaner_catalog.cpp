@@ -21,7 +21,8 @@ bool hasDotDot(std::string_view path) {
 
 // A base folder relative to home ("" never: home itself is refused), or none when it cannot be
 // cleaned from here. `fallback` is the folder the tools use when the variable is not usable.
-std::optional<std::string> relativeBase(std::string_view home, const std::optional<std::string>& variable,
+std::optional<std::string> relativeBase(std::string_view home,
+                                        const std::optional<std::string>& variable,
                                         std::string_view fallback) {
   if (!variable || variable->empty() || variable->front() != '/') return std::string(fallback);
   const std::string_view base = withoutTrailingSlashes(*variable);
@@ -45,7 +46,8 @@ Bases bases(const CleanerPlaces& places) {
 }
 
 // Adds `source` with its path under `base` (home when base is ""), unless the base is unusable.
-void add(std::vector<CleanSource>& sources, const std::optional<std::string>& base, CleanSource source) {
+void add(std::vector<CleanSource>& sources, const std::optional<std::string>& base,
+         CleanSource source) {
   if (!base) return;
   if (!base->empty()) source.path = source.path.empty() ? *base : *base + "/" + source.path;
   sources.push_back(std::move(source));
@@ -61,8 +63,9 @@ CleanSource tool(std::string path, std::string title, std::vector<std::string> t
 CleanGroup developerCaches(const Bases& b) {
   CleanGroup group{.id = "developer-caches",
                    .title = "Developer caches",
-                   .explanation = "Downloads that npm, pip, Homebrew and other tools keep. They "
-                                  "download again when needed",
+                   .explanation =
+                       "Downloads that npm, pip, Homebrew and other tools keep. They "
+                       "download again when needed",
                    .action = CleanAction::delete_};
   auto& s = group.sources;
   // npm, Cargo and Gradle keep their own folders in home whatever the XDG variables say.
@@ -91,22 +94,23 @@ std::optional<std::string> childHolding(const std::optional<std::string>& outer,
 CleanGroup appCaches(const Bases& b) {
   CleanGroup group{.id = "app-caches",
                    .title = "App caches",
-                   .explanation = "Temporary files your apps rebuild when they need them. Apps "
-                                  "that are open are skipped",
+                   .explanation =
+                       "Temporary files your apps rebuild when they need them. Apps "
+                       "that are open are skipped",
                    .action = CleanAction::delete_};
   CleanSource caches{
       .path = "",
       .eachChild = true,
-      .excludeChildren = {
-          // Tool caches with rows and running rules of their own.
-          "yarn", "pip", "homebrew", "go-build", "uv", "pypoetry", "jetbrains", "google", "bazel",
-          "ccache", "sccache", "debuginfod_client",
-          // Mount points of the document portal and GVfs.
-          "doc", "gvfs", "gvfsd",
-          // Folders that look like caches but hold things that don't come back: input-method
-          // dictionaries, offline mail, the processed wallpaper, Bluetooth transfers, keyring
-          // sockets, and Hugging Face's login token beside its downloads.
-          "ibus", "evolution", "wallpaper", "obexd", "keyring-*", "huggingface"},
+      .excludeChildren =
+          {// Tool caches with rows and running rules of their own.
+           "yarn", "pip", "homebrew", "go-build", "uv", "pypoetry", "jetbrains", "google", "bazel",
+           "ccache", "sccache", "debuginfod_client",
+           // Mount points of the document portal and GVfs.
+           "doc", "gvfs", "gvfsd",
+           // Folders that look like caches but hold things that don't come back: input-method
+           // dictionaries, offline mail, the processed wallpaper, Bluetooth transfers, keyring
+           // sockets, and Hugging Face's login token beside its downloads.
+           "ibus", "evolution", "wallpaper", "obexd", "keyring-*", "huggingface"},
       .childAliases = {
           {.child = "mozilla", .names = {"firefox", "firefox-esr", "firefox-bin", "thunderbird"}},
           {.child = "google-chrome", .names = {"chrome"}},
@@ -141,20 +145,22 @@ CleanGroup oldLogs(const Bases& b) {
   add(s, b.data, logs("xorg"));
   // SDDM writes its session logs here whatever XDG_DATA_HOME says.
   add(s, inHome, logs(".local/share/sddm"));
-  add(s, inHome, CleanSource{.path = ".xsession-errors.old", .title = ".xsession-errors.old",
-                           .olderThanDays = 7});
+  add(s, inHome,
+      CleanSource{
+          .path = ".xsession-errors.old", .title = ".xsession-errors.old", .olderThanDays = 7});
   return group;
 }
 
-const std::vector<std::string> jetBrainsIDEs = {
-    "idea",     "pycharm",  "clion",     "goland",   "webstorm", "phpstorm",
-    "rider",    "rubymine", "datagrip",  "rustrover", "dataspell", "studio"};
+const std::vector<std::string> jetBrainsIDEs = {"idea",     "pycharm",   "clion",     "goland",
+                                                "webstorm", "phpstorm",  "rider",     "rubymine",
+                                                "datagrip", "rustrover", "dataspell", "studio"};
 
 CleanGroup ideCaches(const Bases& b) {
   CleanGroup group{.id = "ide-caches",
                    .title = "IDE and build caches",
-                   .explanation = "Indexes and build output that IDEs and build tools make again, "
-                                  "which takes a while. Skipped while they run",
+                   .explanation =
+                       "Indexes and build output that IDEs and build tools make again, "
+                       "which takes a while. Skipped while they run",
                    .action = CleanAction::trash};
   auto& s = group.sources;
   // Only the rebuildable folders of each IDE version; LocalHistory beside them is the user's
@@ -172,8 +178,9 @@ CleanGroup ideCaches(const Bases& b) {
 CleanGroup debugSymbols(const Bases& b) {
   CleanGroup group{.id = "debug-symbols",
                    .title = "Downloaded debug symbols",
-                   .explanation = "Debug files that gdb, Valgrind and perf downloaded while you "
-                                  "debugged. They download again when needed",
+                   .explanation =
+                       "Debug files that gdb, Valgrind and perf downloaded while you "
+                       "debugged. They download again when needed",
                    .action = CleanAction::trash};
   const std::vector<std::string> debuggers = {"gdb", "valgrind", "perf", "debuginfod-find"};
   add(group.sources, b.cache, tool("debuginfod_client", "debuginfod cache", debuggers));
@@ -193,8 +200,10 @@ std::vector<MovedFolder> movedBases(const CleanerPlaces& places) {
   const Bases b = bases(places);
   const std::string home(withoutTrailingSlashes(places.home));
   std::vector<MovedFolder> moved;
-  for (const auto& [base, standard] : {std::pair{&b.cache, ".cache"}, {&b.config, ".config"},
-                                       {&b.data, ".local/share"}, {&b.state, ".local/state"}}) {
+  for (const auto& [base, standard] : {std::pair{&b.cache, ".cache"},
+                                       {&b.config, ".config"},
+                                       {&b.data, ".local/share"},
+                                       {&b.state, ".local/state"}}) {
     if (*base && **base != standard) {
       moved.push_back({.actual = home + "/" + **base, .standard = home + "/" + standard});
     }

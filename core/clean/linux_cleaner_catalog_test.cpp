@@ -46,17 +46,19 @@ bool has(const std::vector<std::string>& list, const std::string& value) {
 TEST(LinuxCleanerCatalog, SourcesStayInHomeAndWhatIsSlowToRebuildGoesToTheTrash) {
   // Indexes, build output and debug symbols take a while to make again: the user can still
   // get them back from the Trash.
-  const std::map<std::string, CleanAction> actions = {
-      {"developer-caches", CleanAction::delete_}, {"app-caches", CleanAction::delete_},
-      {"old-logs", CleanAction::delete_},         {"ide-caches", CleanAction::trash},
-      {"debug-symbols", CleanAction::trash}};
+  const std::map<std::string, CleanAction> actions = {{"developer-caches", CleanAction::delete_},
+                                                      {"app-caches", CleanAction::delete_},
+                                                      {"old-logs", CleanAction::delete_},
+                                                      {"ide-caches", CleanAction::trash},
+                                                      {"debug-symbols", CleanAction::trash}};
   for (const CleanGroup& group : LinuxCleanerCatalog::groups({.home = "/home/ann"})) {
     SCOPED_TRACE(group.id);
     ASSERT_TRUE(actions.contains(group.id));
     EXPECT_EQ(group.action, actions.at(group.id));
     for (const CleanSource& s : group.sources) {
       SCOPED_TRACE(s.path);
-      EXPECT_FALSE(s.path.empty() || s.path.front() == '/' || s.path.find("..") != std::string::npos);
+      EXPECT_FALSE(s.path.empty() || s.path.front() == '/' ||
+                   s.path.find("..") != std::string::npos);
       // Folders that are costly to rebuild, and shared tool caches, must name who uses them.
       if (group.id == "developer-caches" || group.action == CleanAction::trash) {
         EXPECT_FALSE(s.tools.empty());
@@ -73,26 +75,46 @@ TEST(LinuxCleanerCatalog, ToolFoldersFollowTheXdgVariablesWhereTheToolsDo) {
     std::optional<std::string> path;
   } cases[] = {
       {"pip in the default cache", {.home = "/home/ann"}, "pip cache", ".cache/pip"},
-      {"pip in a moved cache", {.home = "/home/ann", .xdgCacheHome = "/home/ann/var/cache/"},
-       "pip cache", "var/cache/pip"},
-      {"a relative variable is ignored", {.home = "/home/ann", .xdgCacheHome = "cache"},
-       "pip cache", ".cache/pip"},
-      {"an empty variable is ignored", {.home = "/home/ann", .xdgCacheHome = ""}, "pip cache",
+      {"pip in a moved cache",
+       {.home = "/home/ann", .xdgCacheHome = "/home/ann/var/cache/"},
+       "pip cache",
+       "var/cache/pip"},
+      {"a relative variable is ignored",
+       {.home = "/home/ann", .xdgCacheHome = "cache"},
+       "pip cache",
        ".cache/pip"},
-      {"a cache outside home is never cleaned", {.home = "/home/ann", .xdgCacheHome = "/var/tmp/c"},
-       "pip cache", std::nullopt},
+      {"an empty variable is ignored",
+       {.home = "/home/ann", .xdgCacheHome = ""},
+       "pip cache",
+       ".cache/pip"},
+      {"a cache outside home is never cleaned",
+       {.home = "/home/ann", .xdgCacheHome = "/var/tmp/c"},
+       "pip cache",
+       std::nullopt},
       {"a cache that is home itself is never cleaned",
-       {.home = "/home/ann/", .xdgCacheHome = "/home/ann"}, "pip cache", std::nullopt},
+       {.home = "/home/ann/", .xdgCacheHome = "/home/ann"},
+       "pip cache",
+       std::nullopt},
       {"a sibling whose name starts like home is outside it",
-       {.home = "/home/ann", .xdgCacheHome = "/home/anna/.cache"}, "pip cache", std::nullopt},
+       {.home = "/home/ann", .xdgCacheHome = "/home/anna/.cache"},
+       "pip cache",
+       std::nullopt},
       {"a path that climbs out is not trusted",
-       {.home = "/home/ann", .xdgCacheHome = "/home/ann/../bob/.cache"}, "pip cache", std::nullopt},
-      {"npm ignores the variables", {.home = "/home/ann", .xdgCacheHome = "/var/tmp/c"}, "npm cache",
+       {.home = "/home/ann", .xdgCacheHome = "/home/ann/../bob/.cache"},
+       "pip cache",
+       std::nullopt},
+      {"npm ignores the variables",
+       {.home = "/home/ann", .xdgCacheHome = "/var/tmp/c"},
+       "npm cache",
        ".npm/_cacache"},
-      {"pnpm's store is data", {.home = "/home/ann", .xdgDataHome = "/home/ann/data"}, "pnpm store",
+      {"pnpm's store is data",
+       {.home = "/home/ann", .xdgDataHome = "/home/ann/data"},
+       "pnpm store",
        "data/pnpm/store"},
-      {"JetBrains caches per IDE version", {.home = "/home/ann", .xdgCacheHome = "/home/ann/c"},
-       "* caches", "c/JetBrains/*/caches"},
+      {"JetBrains caches per IDE version",
+       {.home = "/home/ann", .xdgCacheHome = "/home/ann/c"},
+       "* caches",
+       "c/JetBrains/*/caches"},
       {"debug symbols", {.home = "/home/ann"}, "debuginfod cache", ".cache/debuginfod_client"},
   };
   for (const auto& c : cases) {
@@ -103,15 +125,15 @@ TEST(LinuxCleanerCatalog, ToolFoldersFollowTheXdgVariablesWhereTheToolsDo) {
 
 TEST(LinuxCleanerCatalog, LogFoldersComeFromConfigDataAndFixedPlaces) {
   const auto standard = paths(LinuxCleanerCatalog::groups({.home = "/h"}), "old-logs");
-  for (const char* path : {".config/Code/logs", ".cache/JetBrains/*/log", ".npm/_logs",
-                           ".cache/Homebrew/Logs", ".local/share/xorg", ".local/share/sddm",
-                           ".xsession-errors.old"}) {
+  for (const char* path :
+       {".config/Code/logs", ".cache/JetBrains/*/log", ".npm/_logs", ".cache/Homebrew/Logs",
+        ".local/share/xorg", ".local/share/sddm", ".xsession-errors.old"}) {
     EXPECT_TRUE(has(standard, path)) << path;
   }
-  const auto moved = paths(LinuxCleanerCatalog::groups({.home = "/h",
-                                                        .xdgConfigHome = "/h/cfg",
-                                                        .xdgDataHome = "/elsewhere"}),
-                           "old-logs");
+  const auto moved =
+      paths(LinuxCleanerCatalog::groups(
+                {.home = "/h", .xdgConfigHome = "/h/cfg", .xdgDataHome = "/elsewhere"}),
+            "old-logs");
   EXPECT_TRUE(has(moved, "cfg/Code/logs"));
   EXPECT_FALSE(has(moved, ".local/share/xorg"));
   EXPECT_TRUE(has(moved, ".local/share/sddm")) << "SDDM ignores XDG_DATA_HOME";

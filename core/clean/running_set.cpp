@@ -48,8 +48,12 @@ bool takesValue(Interpreter interpreter, std::string_view option) {
   static constexpr std::array<std::string_view, 3> perl = {"-I", "-M", "-m"};
   static constexpr std::array<std::string_view, 2> shell = {"-o", "+o"};
   static constexpr std::array<std::string_view, 11> java = {
-      "-cp", "-classpath", "--class-path", "-p", "--module-path", "--upgrade-module-path",
-      "--add-modules", "--add-opens", "--add-exports", "--add-reads", "--patch-module"};
+      "-cp",           "-classpath",
+      "--class-path",  "-p",
+      "--module-path", "--upgrade-module-path",
+      "--add-modules", "--add-opens",
+      "--add-exports", "--add-reads",
+      "--patch-module"};
   std::span<const std::string_view> list;
   switch (interpreter) {
     case Interpreter::python: list = python; break;
@@ -157,7 +161,8 @@ void addInterpretedProgram(Interpreter interpreter, const std::vector<std::strin
       return;
     }
     if (argument == "--") continue;
-    if (argument.starts_with("-") || (interpreter == Interpreter::shell && argument.starts_with("+"))) {
+    if (argument.starts_with("-") ||
+        (interpreter == Interpreter::shell && argument.starts_with("+"))) {
       if (takesValue(interpreter, argument)) ++i;
       continue;
     }

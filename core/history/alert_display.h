@@ -7,8 +7,8 @@
 #include <string_view>
 #include <vector>
 
-#include "core/history/alert_row.h"
 #include "core/base/calendar.h"
+#include "core/history/alert_row.h"
 
 namespace pellwin::AlertDisplay {
 

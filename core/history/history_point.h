@@ -9,8 +9,8 @@
 #include "core/base/enum_text.h"
 #include "core/history/history_metric.h"
 #include "core/history/minute_row.h"
-#include "core/monitor/resource.h"
 #include "core/history/sample_row.h"
+#include "core/monitor/resource.h"
 
 namespace pellwin {
 

@@ -11,8 +11,8 @@
 
 #include "core/history/history_metric.h"
 #include "core/history/minute_row.h"
-#include "core/monitor/resource.h"
 #include "core/history/rollup_output.h"
+#include "core/monitor/resource.h"
 #include "core/monitor/snapshot.h"
 
 namespace pellwin {

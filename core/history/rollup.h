@@ -6,16 +6,16 @@
 #include <map>
 #include <vector>
 
+#include "core/base/calendar.h"
 #include "core/history/alert_log.h"
 #include "core/history/alert_row.h"
-#include "core/base/calendar.h"
 #include "core/history/day_row.h"
 #include "core/history/day_tally.h"
 #include "core/history/episode_tracker.h"
-#include "core/monitor/lead.h"
 #include "core/history/minute_rollup.h"
-#include "core/monitor/resource.h"
 #include "core/history/rollup_output.h"
+#include "core/monitor/lead.h"
+#include "core/monitor/resource.h"
 #include "core/monitor/snapshot.h"
 
 namespace pellwin {

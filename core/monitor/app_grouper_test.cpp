@@ -185,9 +185,16 @@ TEST(AppGrouper, KeysFollowTheRulesInOrder) {
 
 TEST(AppGrouper, KernelThreadsFoldIntoTheirFamiliesAndTheRestIntoTheKernel) {
   Grouping g;
-  const char* threads[] = {
-      "kworker/u16:2+flush-259:0", "kworker/3:1H-kblockd", "kswapd0", "rcu_preempt", "migration/0",
-      "jbd2/nvme0n1p2-8", "kcompactd0", "khugepaged", "ksoftirqd/0", "irq/9-acpi"};
+  const char* threads[] = {"kworker/u16:2+flush-259:0",
+                           "kworker/3:1H-kblockd",
+                           "kswapd0",
+                           "rcu_preempt",
+                           "migration/0",
+                           "jbd2/nvme0n1p2-8",
+                           "kcompactd0",
+                           "khugepaged",
+                           "ksoftirqd/0",
+                           "irq/9-acpi"};
   std::int32_t pid = 100;
   for (const char* name : threads) {
     g.add(process(pid++, name, ""));
@@ -200,11 +207,14 @@ TEST(AppGrouper, KernelThreadsFoldIntoTheirFamiliesAndTheRestIntoTheKernel) {
   std::map<std::string, std::pair<std::string, int>> byKey;
   for (const AppUsage& app : apps) byKey[app.id] = {app.name, app.processCount};
   const std::map<std::string, std::pair<std::string, int>> expected = {
-      {"proc:kworker", {"Kernel workers", 2}},    {"proc:kswapd", {"Memory reclaimer", 1}},
-      {"proc:kthreadd", {"Linux kernel", 2}},     {"proc:jbd2", {"File system", 1}},
+      {"proc:kworker", {"Kernel workers", 2}},
+      {"proc:kswapd", {"Memory reclaimer", 1}},
+      {"proc:kthreadd", {"Linux kernel", 2}},
+      {"proc:jbd2", {"File system", 1}},
       {"proc:kworker/evil", {"kworker/evil", 1}},
       // Families that show the same name are one entry.
-      {"proc:kcompactd", {"Memory defragmenter", 2}}, {"proc:ksoftirqd", {"Interrupt handling", 2}},
+      {"proc:kcompactd", {"Memory defragmenter", 2}},
+      {"proc:ksoftirqd", {"Interrupt handling", 2}},
   };
   EXPECT_EQ(byKey, expected);
   for (const AppUsage& app : apps) {

@@ -40,14 +40,10 @@ std::map<Resource, Health> Diagnoser::health(const SnapshotWindow& window) const
 Health Diagnoser::health(Resource resource, const SnapshotWindow& window,
                          const Snapshot& snapshot) const {
   switch (resource) {
-    case Resource::memory:
-      return memoryHealth(window, snapshot);
-    case Resource::cpu:
-      return cpuHealth(window);
-    case Resource::diskSpace:
-      return diskSpaceHealth(snapshot);
-    case Resource::diskActivity:
-      return diskActivityHealth(window);
+    case Resource::memory: return memoryHealth(window, snapshot);
+    case Resource::cpu: return cpuHealth(window);
+    case Resource::diskSpace: return diskSpaceHealth(snapshot);
+    case Resource::diskActivity: return diskActivityHealth(window);
     case Resource::heat:
       if (snapshot.thermal == ThermalLevel::critical) return Health::problem;
       if (snapshot.thermal == ThermalLevel::serious) return Health::strain;

@@ -6,9 +6,9 @@
 #include <string>
 #include <vector>
 
+#include "core/base/format.h"
 #include "core/monitor/advice.h"
 #include "core/monitor/diagnoser.h"
-#include "core/base/format.h"
 
 namespace pellwin {
 namespace {
@@ -74,21 +74,13 @@ std::optional<Verdict> Diagnoser::verdict(const SnapshotWindow& window,
       continue;
     }
     switch (resource) {
-      case Resource::memory:
-        verdict.resources.push_back(memoryVerdict(*now, h));
-        break;
-      case Resource::cpu:
-        verdict.resources.push_back(cpuVerdict(window, *now, h));
-        break;
-      case Resource::diskSpace:
-        verdict.resources.push_back(diskSpaceVerdict(*now, h));
-        break;
+      case Resource::memory: verdict.resources.push_back(memoryVerdict(*now, h)); break;
+      case Resource::cpu: verdict.resources.push_back(cpuVerdict(window, *now, h)); break;
+      case Resource::diskSpace: verdict.resources.push_back(diskSpaceVerdict(*now, h)); break;
       case Resource::diskActivity:
         verdict.resources.push_back(diskActivityVerdict(window, *now, h));
         break;
-      case Resource::heat:
-        verdict.resources.push_back(heatVerdict(*now, h));
-        break;
+      case Resource::heat: verdict.resources.push_back(heatVerdict(*now, h)); break;
     }
   }
   return verdict;

@@ -20,8 +20,8 @@ namespace pellwin::MacosAppPaths {
 
 // The real program of one run from a signing clone (its path holds "code_sign_clone"): the
 // first argument, when that lies inside an app bundle; none otherwise.
-[[nodiscard]] std::optional<std::string> signingCloneTarget(
-    std::string_view path, std::span<const std::string> arguments);
+[[nodiscard]] std::optional<std::string> signingCloneTarget(std::string_view path,
+                                                            std::span<const std::string> arguments);
 
 // A framework Python: a Python inside a "Python.framework" folder other than the framework's
 // app stub. It is always shown on its own.

@@ -31,8 +31,8 @@ MemoryReading memoryReading(const SystemSample& older, const SystemSample& newer
                             bool measured) {
   const std::uint64_t appPages = increase(newer.internalPages, newer.purgeablePages);
   const std::uint64_t usedPages =
-      checkedAdd(checkedAdd(appPages, newer.wiredPages, "used memory pages"),
-                 newer.compressorPages, "used memory pages");
+      checkedAdd(checkedAdd(appPages, newer.wiredPages, "used memory pages"), newer.compressorPages,
+                 "used memory pages");
   MemoryReading memory{
       .totalBytes = newer.physicalMemoryBytes,
       .usedBytes = std::min(bytesOfPages(usedPages, newer.pageSize), newer.physicalMemoryBytes),

@@ -21,7 +21,8 @@ class Stabilizer {
   // Takes this tick's raw health, the resources that could not be read and the time; returns
   // the health to show. Resources absent from `health` keep what they showed.
   [[nodiscard]] const std::map<Resource, Health>& update(const std::map<Resource, Health>& health,
-                                           const std::set<Resource>& unavailable, double now);
+                                                         const std::set<Resource>& unavailable,
+                                                         double now);
 
   [[nodiscard]] double hold() const { return hold_; }
   [[nodiscard]] const std::map<Resource, Health>& displayed() const { return displayed_; }

@@ -12,20 +12,16 @@ std::string Tip::text() const {
     case TipKind::idleSwap:
       return Format::memory(bytes) +
              " of memory that spilled to disk is idle. Harmless now, and a restart clears it";
-    case TipKind::lowPowerMode:
-      return "Low Power Mode is on, which caps speed";
+    case TipKind::lowPowerMode: return "Low Power Mode is on, which caps speed";
   }
   return "";
 }
 
 std::string_view Tip::symbol() const {
   switch (kind) {
-    case TipKind::longUptime:
-      return "arrow.clockwise";
-    case TipKind::idleSwap:
-      return "memorychip";
-    case TipKind::lowPowerMode:
-      return "battery.25";
+    case TipKind::longUptime: return "arrow.clockwise";
+    case TipKind::idleSwap: return "memorychip";
+    case TipKind::lowPowerMode: return "battery.25";
   }
   return "";
 }

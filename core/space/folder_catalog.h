@@ -40,8 +40,7 @@ namespace FolderCatalog {
 [[nodiscard]] StorageCategory category(std::string_view path, std::string_view home);
 
 // The best row's sentence, only when the path is that row's folder itself.
-[[nodiscard]] std::optional<std::string> explanation(std::string_view path,
-                                                     std::string_view home);
+[[nodiscard]] std::optional<std::string> explanation(std::string_view path, std::string_view home);
 
 // The best row's flag; false when nothing matches.
 [[nodiscard]] bool isCleanable(std::string_view path, std::string_view home);

@@ -33,12 +33,11 @@ TEST(FolderCatalog, ClassifiesByTheDeepestMatch) {
        StorageCategory::developer, false},
       {"Library inside /System", "/System/Library", StorageCategory::system, false},
       {"outside home, no absolute row", "/srv/data", StorageCategory::system, false},
-      {"anywhere rows do not reach outside home", "/srv/app/node_modules",
-       StorageCategory::system, false},
+      {"anywhere rows do not reach outside home", "/srv/app/node_modules", StorageCategory::system,
+       false},
       {"unknown folder in home", "/home/ann/Notes", StorageCategory::other, false},
       {"home itself", "/home/ann", StorageCategory::other, false},
-      {"component match, not string prefix", "/home/ann/Documentsx", StorageCategory::other,
-       false},
+      {"component match, not string prefix", "/home/ann/Documentsx", StorageCategory::other, false},
       {"case matters on Linux", "/home/ann/documents", StorageCategory::other, false},
       {"the Linux Trash", "/home/ann/.local/share/Trash/files/a", StorageCategory::other, true},
       {"XDG cache, Linux wording", "/home/ann/.cache/thumbnails", StorageCategory::other, true},
@@ -67,8 +66,7 @@ TEST(FolderCatalog, HomeInsideAnAbsoluteRowStillUsesHomeRows) {
 }
 
 TEST(FolderCatalog, WhereHomeLiesDoesNotClassifyWhatIsInside) {
-  EXPECT_EQ(FolderCatalog::category("/var/home/ann/code", "/var/home/ann"),
-            StorageCategory::other);
+  EXPECT_EQ(FolderCatalog::category("/var/home/ann/code", "/var/home/ann"), StorageCategory::other);
   EXPECT_EQ(FolderCatalog::category("/var/home/ann", "/var/home/ann"), StorageCategory::other);
   EXPECT_EQ(FolderCatalog::category("/var/home/bob", "/var/home/ann"), StorageCategory::system);
   EXPECT_EQ(FolderCatalog::explanation("/var/home/ann", "/var/home/ann"), std::nullopt);

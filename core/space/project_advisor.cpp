@@ -12,10 +12,10 @@ using enum Kind;
 // Most specific first. Game engines and app frameworks hold other kinds' files (a Flutter app
 // has Gradle and Xcode folders, a Unity project a .sln), so they come before the languages;
 // CMake files turn up inside many other projects, so C and C++ come last.
-constexpr std::array kPrecedence = {unity,  unreal, godot,        flutter, capacitor, reactNative,
-                                    nextJS, android, gradle,      xcode,   swiftPackage, rust,
-                                    go,     dotNet, java,         elixir,  haskell,   zig,
-                                    ruby,   php,    terraform,    python,  javaScript, cOrCpp};
+constexpr std::array kPrecedence = {unity,  unreal,  godot,     flutter, capacitor,    reactNative,
+                                    nextJS, android, gradle,    xcode,   swiftPackage, rust,
+                                    go,     dotNet,  java,      elixir,  haskell,      zig,
+                                    ruby,   php,     terraform, python,  javaScript,   cOrCpp};
 
 bool has(std::span<const std::string> markers, std::string_view name) {
   return std::find(markers.begin(), markers.end(), name) != markers.end();
@@ -97,12 +97,12 @@ constexpr std::string_view kBuildToolCache = "A build tool's cache. It fills aga
 constexpr std::string_view kToolCache =
     "A tool's cache. It fills again the next time the tool runs.";
 constexpr std::string_view kGradleBuild = "Build output. The next Gradle build makes it again.";
-constexpr std::string_view kNativeBuild = "Native code build files. The next build makes them again.";
+constexpr std::string_view kNativeBuild =
+    "Native code build files. The next build makes them again.";
 constexpr std::string_view kPythonEnvironment =
     "A Python environment. Reinstall the project's packages to get it back.";
 constexpr std::string_view kNextBuild = "Build output. The next build makes it again.";
-constexpr std::string_view kUnreal =
-    "Unreal makes this again when you build or open the project.";
+constexpr std::string_view kUnreal = "Unreal makes this again when you build or open the project.";
 constexpr std::string_view kUnity =
     "Unity's import cache. Unity makes it again when you open the project.";
 
@@ -203,8 +203,8 @@ std::string relativeTo(const SizeNode& node, const SizeNode* owner) {
 }
 
 bool hasLockFile(std::span<const std::string> markers) {
-  return hasAny(markers, {"yarn.lock", "pnpm-lock.yaml", "bun.lockb", "bun.lock",
-                          "package-lock.json"});
+  return hasAny(markers,
+                {"yarn.lock", "pnpm-lock.yaml", "bun.lockb", "bun.lock", "package-lock.json"});
 }
 
 }  // namespace
@@ -269,8 +269,7 @@ std::optional<std::string> rebuildReason(std::string_view name,
   for (Kind kind : projectKinds) {
     for (const RebuildRule& rule : kRules) {
       if (!nameMatches(rule, name) || (rule.kinds & bit(kind)) == 0) continue;
-      const int maxDepth =
-          rule.kinds == kAnyKind ? maxDepthForDistinctNames : maxDepthForKindNames;
+      const int maxDepth = rule.kinds == kAnyKind ? maxDepthForDistinctNames : maxDepthForKindNames;
       if (depth > maxDepth) continue;
       if (rule.needsPythonEnvironment && !has(childMarkers, "pyvenv.cfg")) continue;
       if (rule.reason.empty()) {
@@ -286,9 +285,9 @@ std::optional<std::string> rebuildReason(std::string_view name,
 RebuildPlan plan(const SizeNode& tree, std::string_view home) {
   struct Frame {
     const SizeNode* node;
-    const SizeNode* owner;        // nearest project folder at or above `node`
+    const SizeNode* owner;  // nearest project folder at or above `node`
     std::vector<Kind> ownerKinds;
-    int depth;                    // folders between the owner and `node`
+    int depth;                       // folders between the owner and `node`
     std::string_view lockInstaller;  // installer of the nearest project above with a lock file
   };
   const std::string trashPath = std::string(home) + "/.local/share/Trash";
@@ -296,7 +295,10 @@ RebuildPlan plan(const SizeNode& tree, std::string_view home) {
   std::vector<const SizeNode*> projectsWithItems;
 
   std::vector<Frame> pending;
-  pending.push_back({.node = &tree, .owner = nullptr, .ownerKinds = {}, .depth = 0,
+  pending.push_back({.node = &tree,
+                     .owner = nullptr,
+                     .ownerKinds = {},
+                     .depth = 0,
                      .lockInstaller = "npm install"});
   while (!pending.empty()) {
     Frame frame = std::move(pending.back());
@@ -315,7 +317,9 @@ RebuildPlan plan(const SizeNode& tree, std::string_view home) {
       if (child.isLocked) continue;
       if (!child.isDirectory) {
         if (isModelFile(child)) {
-          result.models.push_back({.path = child.path, .name = child.name, .bytes = child.bytes,
+          result.models.push_back({.path = child.path,
+                                   .name = child.name,
+                                   .bytes = child.bytes,
                                    .reason = std::string(modelReason),
                                    .projectName = frame.owner ? frame.owner->name : "",
                                    .relativePath = relativeTo(child, frame.owner)});
@@ -325,13 +329,15 @@ RebuildPlan plan(const SizeNode& tree, std::string_view home) {
       // A folder that is a project of its own holds code, whatever its name.
       const bool isProject = !kinds(markersOf(child), child.name).empty();
       const auto reason = isProject ? std::nullopt
-                                    : rebuildReason(child.name, markersOf(child),
-                                                    frame.ownerKinds, frame.depth + 1,
-                                                    frame.lockInstaller);
+                                    : rebuildReason(child.name, markersOf(child), frame.ownerKinds,
+                                                    frame.depth + 1, frame.lockInstaller);
       if (reason) {
         if (child.bytes >= minimumBytes) {
-          result.items.push_back({.path = child.path, .name = child.name, .bytes = child.bytes,
-                                  .reason = *reason, .projectName = frame.owner->name,
+          result.items.push_back({.path = child.path,
+                                  .name = child.name,
+                                  .bytes = child.bytes,
+                                  .reason = *reason,
+                                  .projectName = frame.owner->name,
                                   .relativePath = relativeTo(child, frame.owner)});
           if (std::find(projectsWithItems.begin(), projectsWithItems.end(), frame.owner) ==
               projectsWithItems.end()) {
@@ -341,14 +347,17 @@ RebuildPlan plan(const SizeNode& tree, std::string_view home) {
         continue;
       }
       if (isSealed(child, trashPath)) continue;
-      next.push_back({.node = &child, .owner = frame.owner, .ownerKinds = frame.ownerKinds,
-                      .depth = frame.depth + 1, .lockInstaller = frame.lockInstaller});
+      next.push_back({.node = &child,
+                      .owner = frame.owner,
+                      .ownerKinds = frame.ownerKinds,
+                      .depth = frame.depth + 1,
+                      .lockInstaller = frame.lockInstaller});
     }
     for (auto it = next.rbegin(); it != next.rend(); ++it) pending.push_back(std::move(*it));
   }
   for (const SizeNode* project : projectsWithItems) {
-    result.projects.push_back({.path = project->path, .name = project->name,
-                               .label = *label(*project)});
+    result.projects.push_back(
+        {.path = project->path, .name = project->name, .label = *label(*project)});
   }
   return result;
 }

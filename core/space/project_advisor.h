@@ -17,8 +17,29 @@
 namespace pellwin::ProjectAdvisor {
 
 enum class Kind {
-  reactNative, capacitor, rust, python, swiftPackage, php, haskell, go, terraform, cOrCpp, zig,
-  ruby, elixir, dotNet, java, android, gradle, xcode, javaScript, nextJS, godot, unreal, unity,
+  reactNative,
+  capacitor,
+  rust,
+  python,
+  swiftPackage,
+  php,
+  haskell,
+  go,
+  terraform,
+  cOrCpp,
+  zig,
+  ruby,
+  elixir,
+  dotNet,
+  java,
+  android,
+  gradle,
+  xcode,
+  javaScript,
+  nextJS,
+  godot,
+  unreal,
+  unity,
   flutter,
 };
 
@@ -64,14 +85,14 @@ inline constexpr std::uint64_t minimumModelBytes = 50'000'000;
 
 // Extensions of files that hold AI model weights, compared without regard to case. Generic
 // containers (".bin", ".h5", ".npz") are left out: too many other files use them.
-inline constexpr auto modelExtensions = std::to_array<std::string_view>(
-    {"gguf", "ggml", "safetensors", "ckpt", "pt", "pth", "onnx", "tflite", "keras", "mlmodel",
-     "llamafile"});
+inline constexpr auto modelExtensions =
+    std::to_array<std::string_view>({"gguf", "ggml", "safetensors", "ckpt", "pt", "pth", "onnx",
+                                     "tflite", "keras", "mlmodel", "llamafile"});
 
 // Folders the advisor never looks inside: installed packages, app bundles (suffix ".app"),
 // version-control internals and the Trash, whose contents are not anyone's project.
-inline constexpr auto sealedNames = std::to_array<std::string_view>(
-    {"node_modules", ".git", ".hg", ".svn", ".Trash"});
+inline constexpr auto sealedNames =
+    std::to_array<std::string_view>({"node_modules", ".git", ".hg", ".svn", ".Trash"});
 
 // How far below its project a folder may lie and still be proposed. Names that only ever mean
 // one thing (node_modules, .venv with its pyvenv.cfg, .pytest_cache) are found a few levels
@@ -100,8 +121,7 @@ inline constexpr int maxDepthForKindNames = 1;
 [[nodiscard]] std::optional<std::string> rebuildReason(std::string_view name,
                                                        std::span<const std::string> childMarkers,
                                                        std::span<const Kind> projectKinds,
-                                                       int depth,
-                                                       std::string_view installCommand);
+                                                       int depth, std::string_view installCommand);
 
 // Walks the tree and proposes every rebuildable folder of at least `minimumBytes` and every
 // model file of at least `minimumModelBytes`. `home` locates the Trash, which is never looked

@@ -14,8 +14,12 @@ using Markers = std::vector<std::string>;
 SizeNode dir(std::string path, std::uint64_t bytes, std::vector<SizeNode> children = {},
              std::optional<Markers> markers = std::nullopt) {
   std::string name = path.substr(path.rfind('/') + 1);
-  return {.name = name, .path = path, .bytes = bytes, .isDirectory = true,
-          .children = std::move(children), .markers = std::move(markers)};
+  return {.name = name,
+          .path = path,
+          .bytes = bytes,
+          .isDirectory = true,
+          .children = std::move(children),
+          .markers = std::move(markers)};
 }
 
 SizeNode file(std::string path, std::uint64_t bytes) {
@@ -29,9 +33,9 @@ TEST(ProjectRules, RecognisesMarkersByKindOfEntry) {
     bool isDirectory;
     bool marker;
   } cases[] = {
-      {"Cargo.toml", false, true},  {"Cargo.toml", true, false}, {"android", true, true},
-      {"android", false, false},    {"App.xcodeproj", true, true}, {"App.sln", false, true},
-      {"Game.uproject", false, true}, {"cargo.toml", false, false}, {"README.md", false, false},
+      {"Cargo.toml", false, true},    {"Cargo.toml", true, false},   {"android", true, true},
+      {"android", false, false},      {"App.xcodeproj", true, true}, {"App.sln", false, true},
+      {"Game.uproject", false, true}, {"cargo.toml", false, false},  {"README.md", false, false},
       {"pyvenv.cfg", false, true},
   };
   for (const auto& c : cases) {
@@ -59,14 +63,15 @@ TEST(ProjectAdvisor, LabelsTheMostSpecificKind) {
       {"Rust", "/p/r", {"Cargo.toml"}, "Rust project"},
       {"Flutter over its Gradle files", "/p/f", {"pubspec.yaml", "build.gradle"}, "Flutter app"},
       {"React Native", "/p/rn", {"package.json", "ios", "android"}, "React Native app"},
-      {"Capacitor over React Native", "/p/c",
-       {"package.json", "android", "capacitor.config.ts"}, "Capacitor app"},
+      {"Capacitor over React Native",
+       "/p/c",
+       {"package.json", "android", "capacitor.config.ts"},
+       "Capacitor app"},
       {"Next.js", "/p/n", {"package.json", "next.config.mjs"}, "Next.js app"},
       {"JavaScript by lock file alone", "/p/j", {"pnpm-lock.yaml"}, "JavaScript project"},
       {"Gradle folder named android", "/p/rn/android", {"settings.gradle"}, "Android project"},
       {"other Gradle folder", "/p/g", {"build.gradle.kts"}, "Gradle project"},
-      {"Unity needs both folders", "/p/u", {"Assets", "ProjectSettings", "U.sln"},
-       "Unity project"},
+      {"Unity needs both folders", "/p/u", {"Assets", "ProjectSettings", "U.sln"}, "Unity project"},
       {"Assets alone is no project", "/p/a", {"Assets"}, std::nullopt},
       {"C++ only when nothing else", "/p/x", {"CMakeLists.txt", "Cargo.toml"}, "Rust project"},
       {"C++", "/p/y", {"CMakeLists.txt"}, "C or C++ project"},
@@ -104,17 +109,17 @@ TEST(ProjectAdvisor, ProposesFoldersFromTheSizeFloorUp) {
     EXPECT_EQ(plan.items[0].projectName, "rs");
     EXPECT_EQ(plan.items[0].relativePath, "target");
     ASSERT_EQ(plan.projects.size(), 1u);
-    EXPECT_EQ(plan.projects[0], (ProjectSummary{.path = "/h/rs", .name = "rs",
-                                                .label = "Rust project"}));
+    EXPECT_EQ(plan.projects[0],
+              (ProjectSummary{.path = "/h/rs", .name = "rs", .label = "Rust project"}));
   }
 }
 
 TEST(ProjectAdvisor, ProposesModelFilesFromTheirFloorUp) {
-  SizeNode tree = dir("/h", 300'000'000,
-                      {file("/h/a.gguf", 50'000'000), file("/h/b.GGUF", 49'999'999),
-                       file("/h/c.safetensors", 60'000'000), file("/h/d.bin", 90'000'000),
-                       dir("/h/x/node_modules", 70'000'000,
-                           {file("/h/x/node_modules/m.onnx", 70'000'000)})});
+  SizeNode tree =
+      dir("/h", 300'000'000,
+          {file("/h/a.gguf", 50'000'000), file("/h/b.GGUF", 49'999'999),
+           file("/h/c.safetensors", 60'000'000), file("/h/d.bin", 90'000'000),
+           dir("/h/x/node_modules", 70'000'000, {file("/h/x/node_modules/m.onnx", 70'000'000)})});
   auto plan = ProjectAdvisor::plan(tree, "/h");
   ASSERT_EQ(plan.models.size(), 2u);
   EXPECT_EQ(plan.models[0].path, "/h/a.gguf");
@@ -132,39 +137,78 @@ TEST(ProjectAdvisor, GivesEachFolderTheSentenceOfItsProjectKind) {
     Markers folderMarkers;
     std::optional<std::string> reason;
   } cases[] = {
-      {"pnpm lock", {"package.json", "pnpm-lock.yaml"}, "node_modules", {},
+      {"pnpm lock",
+       {"package.json", "pnpm-lock.yaml"},
+       "node_modules",
+       {},
        "Packages the project downloaded. Run pnpm install to get them back."},
-      {"no lock", {"package.json"}, "node_modules", {},
+      {"no lock",
+       {"package.json"},
+       "node_modules",
+       {},
        "Packages the project downloaded. Run npm install to get them back."},
       {"Java target", {"pom.xml"}, "target", {}, "Java build output. mvn package makes it again."},
       {"target means nothing to Go", {"go.mod"}, "target", {}, std::nullopt},
-      {"Flutter build beats Gradle's", {"pubspec.yaml", "build.gradle"}, "build", {},
+      {"Flutter build beats Gradle's",
+       {"pubspec.yaml", "build.gradle"},
+       "build",
+       {},
        "Flutter build output. The next build makes it again."},
-      {"Gradle build", {"settings.gradle"}, "build", {},
+      {"Gradle build",
+       {"settings.gradle"},
+       "build",
+       {},
        "Build output. The next Gradle build makes it again."},
-      {"JavaScript dist", {"package.json"}, "dist", {},
+      {"JavaScript dist",
+       {"package.json"},
+       "dist",
+       {},
        "Build output. Your build command makes it again."},
-      {"Python dist", {"pyproject.toml"}, "dist", {},
+      {"Python dist",
+       {"pyproject.toml"},
+       "dist",
+       {},
        "Build output. Building the package makes it again."},
-      {"venv with pyvenv.cfg", {"requirements.txt"}, ".venv", {"pyvenv.cfg"},
+      {"venv with pyvenv.cfg",
+       {"requirements.txt"},
+       ".venv",
+       {"pyvenv.cfg"},
        "A Python environment. Reinstall the project's packages to get it back."},
       {"venv without pyvenv.cfg", {"requirements.txt"}, "venv", {}, std::nullopt},
-      {"CMake build folder", {"CMakeLists.txt"}, "cmake-build-debug", {},
+      {"CMake build folder",
+       {"CMakeLists.txt"},
+       "cmake-build-debug",
+       {},
        "Build output. The next build makes it again."},
       {"bare prefix is no build folder", {"CMakeLists.txt"}, "cmake-build-", {}, std::nullopt},
       {".NET obj", {"App.csproj"}, "obj", {}, ".NET build output. dotnet build makes it again."},
       {"Elixir deps", {"mix.exs"}, "deps", {}, "Dependencies. Run mix deps.get to get them back."},
-      {"PHP vendor", {"composer.json"}, "vendor", {},
+      {"PHP vendor",
+       {"composer.json"},
+       "vendor",
+       {},
        "Packages from Composer. Run composer install to get them back."},
       {"Go vendor is source", {"go.mod"}, "vendor", {}, std::nullopt},
-      {"Unreal", {"Game.uproject"}, "Intermediate", {},
+      {"Unreal",
+       {"Game.uproject"},
+       "Intermediate",
+       {},
        "Unreal makes this again when you build or open the project."},
-      {"Godot", {"project.godot"}, ".godot", {},
+      {"Godot",
+       {"project.godot"},
+       ".godot",
+       {},
        "Godot's import cache. Godot makes it again when you open the project."},
-      {"Terraform", {".terraform.lock.hcl"}, ".terraform", {},
+      {"Terraform",
+       {".terraform.lock.hcl"},
+       ".terraform",
+       {},
        "Providers Terraform downloaded. Run terraform init to get them back."},
-      {"a project inside is code, whatever its name", {"package.json"}, "build",
-       {"CMakeLists.txt"}, std::nullopt},
+      {"a project inside is code, whatever its name",
+       {"package.json"},
+       "build",
+       {"CMakeLists.txt"},
+       std::nullopt},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.why);
@@ -183,28 +227,28 @@ TEST(ProjectAdvisor, GivesEachFolderTheSentenceOfItsProjectKind) {
 
 TEST(ProjectAdvisor, WalksTheWholeTreeWithOwnersDepthsAndSeals) {
   constexpr std::uint64_t M = 1'000'000;
-  SizeNode tree = dir(
-      "/h", 500 * M,
-      {dir("/h/code", 300 * M,
-           {dir("/h/code/mono", 200 * M,
-                {dir("/h/code/mono/packages", 100 * M,
-                     {dir("/h/code/mono/packages/web", 100 * M,
-                          {dir("/h/code/mono/packages/web/node_modules", 60 * M),
-                           dir("/h/code/mono/packages/web/src", 40 * M,
-                               {dir("/h/code/mono/packages/web/src/build", 40 * M)})},
-                          Markers{"package.json"})}),
-                 dir("/h/code/mono/tools", 20 * M,
-                     {dir("/h/code/mono/tools/py", 20 * M,
-                          {dir("/h/code/mono/tools/py/.venv", 20 * M, {},
-                               Markers{"pyvenv.cfg"})})})},
-                Markers{"package.json", "yarn.lock"}),
-            dir("/h/code/loose", 100 * M, {dir("/h/code/loose/target", 100 * M)})}),
-       dir("/h/.local/share/Trash", 100 * M,
-           {dir("/h/.local/share/Trash/files", 100 * M,
-                {dir("/h/.local/share/Trash/files/old", 100 * M,
-                     {dir("/h/.local/share/Trash/files/old/target", 100 * M)},
-                     Markers{"Cargo.toml"})})}),
-       dir("/h/Tool.app", 100 * M, {file("/h/Tool.app/model.gguf", 100 * M)})});
+  SizeNode tree =
+      dir("/h", 500 * M,
+          {dir("/h/code", 300 * M,
+               {dir("/h/code/mono", 200 * M,
+                    {dir("/h/code/mono/packages", 100 * M,
+                         {dir("/h/code/mono/packages/web", 100 * M,
+                              {dir("/h/code/mono/packages/web/node_modules", 60 * M),
+                               dir("/h/code/mono/packages/web/src", 40 * M,
+                                   {dir("/h/code/mono/packages/web/src/build", 40 * M)})},
+                              Markers{"package.json"})}),
+                     dir("/h/code/mono/tools", 20 * M,
+                         {dir("/h/code/mono/tools/py", 20 * M,
+                              {dir("/h/code/mono/tools/py/.venv", 20 * M, {},
+                                   Markers{"pyvenv.cfg"})})})},
+                    Markers{"package.json", "yarn.lock"}),
+                dir("/h/code/loose", 100 * M, {dir("/h/code/loose/target", 100 * M)})}),
+           dir("/h/.local/share/Trash", 100 * M,
+               {dir("/h/.local/share/Trash/files", 100 * M,
+                    {dir("/h/.local/share/Trash/files/old", 100 * M,
+                         {dir("/h/.local/share/Trash/files/old/target", 100 * M)},
+                         Markers{"Cargo.toml"})})}),
+           dir("/h/Tool.app", 100 * M, {file("/h/Tool.app/model.gguf", 100 * M)})});
 
   auto plan = ProjectAdvisor::plan(tree, "/h");
   ASSERT_EQ(plan.items.size(), 2u);

@@ -13,8 +13,8 @@ struct RebuildItem {
   std::string path{};
   std::string name{};  // the folder's (or file's) own name
   std::uint64_t bytes = 0;
-  std::string reason{};      // what it is and how it comes back
-  std::string projectName{};  // the owning project folder's name; empty when there is none
+  std::string reason{};        // what it is and how it comes back
+  std::string projectName{};   // the owning project folder's name; empty when there is none
   std::string relativePath{};  // the path inside its project (its name when there is none)
   friend bool operator==(const RebuildItem&, const RebuildItem&) = default;
 
@@ -31,8 +31,8 @@ struct ProjectSummary {
 };
 
 struct RebuildPlan {
-  std::vector<RebuildItem> items{};   // rebuildable folders
-  std::vector<RebuildItem> models{};  // model files
+  std::vector<RebuildItem> items{};        // rebuildable folders
+  std::vector<RebuildItem> models{};       // model files
   std::vector<ProjectSummary> projects{};  // the projects that own an item, in tree order
   friend bool operator==(const RebuildPlan&, const RebuildPlan&) = default;
 

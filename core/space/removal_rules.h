@@ -97,9 +97,10 @@ inline constexpr std::string_view linuxTrashFolder = ".local/share/trash";
 
 // The entry point for a path as the user sees it: a symbolic link is refused whatever it points
 // to; otherwise the path and, when given and different, its resolved path are both tested.
-[[nodiscard]] std::optional<RemovalRefusal> verdict(
-    std::string_view path, std::string_view home, bool isSymlink,
-    std::optional<std::string_view> resolvedPath, const RemovalGuards& guards);
+[[nodiscard]] std::optional<RemovalRefusal> verdict(std::string_view path, std::string_view home,
+                                                    bool isSymlink,
+                                                    std::optional<std::string_view> resolvedPath,
+                                                    const RemovalGuards& guards);
 
 // One warning for a path, or none: the Photos and Music libraries, OrbStack, a project's change
 // history, iCloud Drive, and an app's own data folder (in Library's per-app folders, or in the

@@ -205,9 +205,9 @@ TEST(RemovalRules, AnAllowedPathIsAlwaysStrictlyInsideHomeForManyGeneratedSpelli
       "",       "Documents", "docs",    "x",    ".ssh",    ".local", "share",
       "Tovrin", "Trash",     ".config", "app",  "Library", "bob",    std::string("\0", 1),
       "a b",    "\xff"};
-  const auto guards = RemovalRules::split(
-      {.kept = DataFolder::protectedPaths(home, home + "/.local/share"),
-       .mainFolders = {"/home/ann/Documents/x"}});
+  const auto guards =
+      RemovalRules::split({.kept = DataFolder::protectedPaths(home, home + "/.local/share"),
+                           .mainFolders = {"/home/ann/Documents/x"}});
   std::mt19937 random(7);
   int allowed = 0;
   for (int round = 0; round < 40000; ++round) {

@@ -29,16 +29,17 @@ class RemovalSelection {
 
   // Why the node may not be picked: locked, refused by the rules, or holding something the
   // rules refuse (a protected path below it, or a folder below it in the tree).
-  [[nodiscard]] static std::optional<RemovalRefusal> refusal(
-      const SizeNode& node, std::string_view home, const RemovalGuards& guards);
+  [[nodiscard]] static std::optional<RemovalRefusal> refusal(const SizeNode& node,
+                                                             std::string_view home,
+                                                             const RemovalGuards& guards);
 
   // Picks the node unless refused. A node already covered by a picked item changes nothing;
   // picked items inside the node are taken out, and the node goes to the end.
   [[nodiscard]] std::optional<RemovalRefusal> add(const SizeNode& node, std::string_view home,
-                                    const RemovalGuards& guards);
+                                                  const RemovalGuards& guards);
   // Unpicks the node when it is picked, else adds it.
   [[nodiscard]] std::optional<RemovalRefusal> toggle(const SizeNode& node, std::string_view home,
-                                       const RemovalGuards& guards);
+                                                     const RemovalGuards& guards);
   void remove(std::string_view path);
   void clear() { items_.clear(); }
 
@@ -54,8 +55,7 @@ class RemovalSelection {
 
   // After a rescan: keeps only the items that still exist in `tree` and still pass the rules,
   // each taking its new node (and so its new size). The order is kept.
-  void reconcile(const SizeNode& tree, std::string_view home,
-                 const RemovalGuards& guards);
+  void reconcile(const SizeNode& tree, std::string_view home, const RemovalGuards& guards);
 
   friend bool operator==(const RemovalSelection&, const RemovalSelection&) = default;
 

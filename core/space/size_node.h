@@ -42,15 +42,15 @@ class SizeNodeChildren : public std::vector<SizeNode> {
 // Every field takes part in copying and comparing; a new field must also be added to
 // `copyFields` and `fieldsEqual` in size_node.cpp.
 struct SizeNode {
-  std::string name{};  // last component of the display path; "/" for the root of a whole disk
-  std::string path{};  // display path, unique within a tree: the node's identity
+  std::string name{};       // last component of the display path; "/" for the root of a whole disk
+  std::string path{};       // display path, unique within a tree: the node's identity
   std::uint64_t bytes = 0;  // allocated bytes of the node and everything under it
   bool isDirectory = false;
   // Kept items (at least 1,000,000 bytes, or locked), largest first, equal sizes by name.
   SizeNodeChildren children{};
-  std::uint64_t restBytes = 0;  // total of the items too small to keep
-  std::int64_t restCount = 0;   // how many such items
-  bool isLocked = false;        // could not be read: 0 bytes, no children
+  std::uint64_t restBytes = 0;       // total of the items too small to keep
+  std::int64_t restCount = 0;        // how many such items
+  bool isLocked = false;             // could not be read: 0 bytes, no children
   std::optional<double> lastUsed{};  // seconds since 1970
   StorageCategory category = StorageCategory::other;
   // Names directly inside the folder that mark a developer project; absent when none.

@@ -15,8 +15,12 @@ SizeNode file(std::string path, std::uint64_t bytes) {
 SizeNode folder(std::string path, std::uint64_t bytes, std::vector<SizeNode> children,
                 std::uint64_t restBytes = 0) {
   std::string name = path == "/" ? "/" : path.substr(path.rfind('/') + 1);
-  return {.name = name, .path = path, .bytes = bytes, .isDirectory = true,
-          .children = std::move(children), .restBytes = restBytes};
+  return {.name = name,
+          .path = path,
+          .bytes = bytes,
+          .isDirectory = true,
+          .children = std::move(children),
+          .restBytes = restBytes};
 }
 
 // /a (30 MB): /a/big (20 MB: b1 12 MB file, b2 folder 8 MB holding x 8 MB), /a/f 6 MB,
@@ -30,9 +34,9 @@ SizeNode sample() {
 }
 
 TEST(SizeNode, FindAndChainFollowComponentsNotStringPrefixes) {
-  SizeNode tree = folder("/a", 10'000'000,
-                         {folder("/a/bc", 5'000'000, {}), folder("/a/b", 5'000'000,
-                                                                 {file("/a/b/c", 5'000'000)})});
+  SizeNode tree = folder(
+      "/a", 10'000'000,
+      {folder("/a/bc", 5'000'000, {}), folder("/a/b", 5'000'000, {file("/a/b/c", 5'000'000)})});
   ASSERT_NE(tree.find("/a/b/c"), nullptr);  // not led astray into /a/bc
   EXPECT_EQ(tree.find("/a/b/c")->bytes, 5'000'000u);
   EXPECT_EQ(tree.find("/a/bc/x"), nullptr);
@@ -48,8 +52,8 @@ TEST(SizeNode, FindAndChainFollowComponentsNotStringPrefixes) {
 }
 
 TEST(SizeNode, FindsUnderTheDiskRootWhosePathEndsInASlash) {
-  SizeNode tree = folder("/", 3'000'000, {folder("/home", 3'000'000,
-                                                 {file("/home/ann", 3'000'000)})});
+  SizeNode tree =
+      folder("/", 3'000'000, {folder("/home", 3'000'000, {file("/home/ann", 3'000'000)})});
   ASSERT_NE(tree.find("/home/ann"), nullptr);
   EXPECT_EQ(tree.chain("/home/ann").size(), 3u);
 }
@@ -64,8 +68,8 @@ TEST(SizeNode, RemainderOnlyTreeHasNoFilesAndFindsOnlyItself) {
 TEST(SizeNode, BiggestFilesLooksThroughEveryFolderAndBreaksTiesByPath) {
   SizeNode tree = sample();
   tree.children.push_back(file("/a/h", 12'000'000));  // ties with /a/big/b1
-  tree.children.push_back({.name = "locked", .path = "/a/locked", .isDirectory = true,
-                           .isLocked = true});
+  tree.children.push_back(
+      {.name = "locked", .path = "/a/locked", .isDirectory = true, .isLocked = true});
   auto files = tree.biggestFiles(3);
   ASSERT_EQ(files.size(), 3u);
   EXPECT_EQ(files[0].path, "/a/big/b1");
@@ -93,8 +97,7 @@ TEST(SizeNode, RemovingLowersEveryAncestorAndKeepsOrderAndRemainders) {
 TEST(SizeNode, RemovingFromDriftedTotalsSaturatesAtZero) {
   SizeNode tree = folder("/a", 3'000'000, {file("/a/x", 5'000'000)});
   EXPECT_EQ(tree.removing({"/a/x"}).bytes, 0u);
-  SizeNode deep = folder("/a", 1'000'000, {folder("/a/b", 9'000'000,
-                                                  {file("/a/b/x", 9'000'000)})});
+  SizeNode deep = folder("/a", 1'000'000, {folder("/a/b", 9'000'000, {file("/a/b/x", 9'000'000)})});
   EXPECT_EQ(deep.removing({"/a/b/x"}).bytes, 0u);
 }
 
@@ -147,8 +150,8 @@ TEST(SizeNode, OperationsOnAVeryDeepChainDoNotRecurse) {
 }
 
 TEST(SizeNode, EqualityLooksAtEveryFieldOfEveryNode) {
-  const SizeNode base = folder("/a", 5'000'000, {folder("/a/b", 5'000'000,
-                                                        {file("/a/b/c", 5'000'000)})});
+  const SizeNode base =
+      folder("/a", 5'000'000, {folder("/a/b", 5'000'000, {file("/a/b/c", 5'000'000)})});
   const struct {
     const char* why;
     std::function<void(SizeNode&)> change;

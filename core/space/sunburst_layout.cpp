@@ -35,7 +35,8 @@ void place(const Placement& at, double minDegrees, std::vector<SunburstArc>& out
   }
   // Locked arcs together never take more than half of the span.
   const double lockedSweep =
-      lockedCount == 0 ? 0 : std::min(span / (2.0 * static_cast<double>(lockedCount)), lockedDegrees);
+      lockedCount == 0 ? 0
+                       : std::min(span / (2.0 * static_cast<double>(lockedCount)), lockedDegrees);
   const double shared = span - lockedSweep * static_cast<double>(lockedCount);
   auto sweepOf = [&](std::uint64_t bytes) {
     return total == 0 ? 0.0 : shared * static_cast<double>(bytes) / static_cast<double>(total);
@@ -54,32 +55,53 @@ void place(const Placement& at, double minDegrees, std::vector<SunburstArc>& out
       thinSweep += sweep;
       continue;
     }
-    out.push_back({.path = child.path, .ring = at.ring, .startDegrees = angle,
-                   .endDegrees = angle + sweep, .kind = SunburstKind::node, .name = child.name,
-                   .bytes = child.bytes, .category = child.category, .isLocked = false});
+    out.push_back({.path = child.path,
+                   .ring = at.ring,
+                   .startDegrees = angle,
+                   .endDegrees = angle + sweep,
+                   .kind = SunburstKind::node,
+                   .name = child.name,
+                   .bytes = child.bytes,
+                   .category = child.category,
+                   .isLocked = false});
     if (child.isDirectory) next.push_back({&child, at.ring + 1, angle, angle + sweep});
     angle += sweep;
   }
   if (thinCount > 0) {
-    out.push_back({.path = node.path, .ring = at.ring, .startDegrees = angle,
-                   .endDegrees = angle + thinSweep, .kind = SunburstKind::other,
+    out.push_back({.path = node.path,
+                   .ring = at.ring,
+                   .startDegrees = angle,
+                   .endDegrees = angle + thinSweep,
+                   .kind = SunburstKind::other,
                    .name = thinCount == 1 ? "Other" : std::to_string(thinCount) + " small items",
-                   .bytes = thinBytes, .category = StorageCategory::other, .isLocked = false});
+                   .bytes = thinBytes,
+                   .category = StorageCategory::other,
+                   .isLocked = false});
     angle += thinSweep;
   }
   if (node.restBytes > 0) {
     const double sweep = sweepOf(node.restBytes);
-    out.push_back({.path = node.path, .ring = at.ring, .startDegrees = angle,
-                   .endDegrees = angle + sweep, .kind = SunburstKind::rest,
+    out.push_back({.path = node.path,
+                   .ring = at.ring,
+                   .startDegrees = angle,
+                   .endDegrees = angle + sweep,
+                   .kind = SunburstKind::rest,
                    .name = std::to_string(node.restCount) + " more, each smaller",
-                   .bytes = node.restBytes, .category = node.category, .isLocked = false});
+                   .bytes = node.restBytes,
+                   .category = node.category,
+                   .isLocked = false});
     angle += sweep;
   }
   for (const SizeNode& child : node.children) {
     if (!child.isLocked) continue;
-    out.push_back({.path = child.path, .ring = at.ring, .startDegrees = angle,
-                   .endDegrees = angle + lockedSweep, .kind = SunburstKind::node,
-                   .name = child.name, .bytes = 0, .category = child.category,
+    out.push_back({.path = child.path,
+                   .ring = at.ring,
+                   .startDegrees = angle,
+                   .endDegrees = angle + lockedSweep,
+                   .kind = SunburstKind::node,
+                   .name = child.name,
+                   .bytes = 0,
+                   .category = child.category,
                    .isLocked = true});
     angle += lockedSweep;
   }

@@ -65,8 +65,7 @@ inline constexpr std::string_view otherDescription = "Items too thin to draw at 
 // within its own arc, down to `maxRings`. On each ring a folder's arcs run: its children
 // largest first, then one `other` arc for the children thinner than `minDegrees`, then its
 // remainder, then its locked children. The list is sorted by ring, then by start angle.
-[[nodiscard]] std::vector<SunburstArc> arcs(const SizeNode& focus, int maxRings,
-                                            double minDegrees);
+[[nodiscard]] std::vector<SunburstArc> arcs(const SizeNode& focus, int maxRings, double minDegrees);
 
 }  // namespace SunburstLayout
 }  // namespace pellwin

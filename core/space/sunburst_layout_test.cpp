@@ -9,14 +9,21 @@ SizeNode item(std::string path, std::uint64_t bytes, std::vector<SizeNode> child
               std::uint64_t restBytes = 0) {
   std::string name = path.substr(path.rfind('/') + 1);
   const bool folder = !children.empty() || restBytes > 0;
-  return {.name = name, .path = path, .bytes = bytes, .isDirectory = folder,
-          .children = std::move(children), .restBytes = restBytes,
+  return {.name = name,
+          .path = path,
+          .bytes = bytes,
+          .isDirectory = folder,
+          .children = std::move(children),
+          .restBytes = restBytes,
           .restCount = restBytes > 0 ? 4 : 0};
 }
 
 SizeNode locked(std::string path) {
-  return {.name = path.substr(path.rfind('/') + 1), .path = path, .isDirectory = true,
-          .isLocked = true, .category = StorageCategory::system};
+  return {.name = path.substr(path.rfind('/') + 1),
+          .path = path,
+          .isDirectory = true,
+          .isLocked = true,
+          .category = StorageCategory::system};
 }
 
 TEST(SunburstLayout, OneChildWithEveryByteFillsTheFirstRing) {
@@ -45,10 +52,10 @@ TEST(SunburstLayout, LockedFoldersGetAFixedAngleButNeverMoreThanHalf) {
 }
 
 TEST(SunburstLayout, SharesTheCircleByBytesAndMergesThinChildren) {
-  const SizeNode focus = item("/f", 1000,
-                              {item("/f/a", 500), item("/f/b", 247), item("/f/t1", 1),
-                               item("/f/t2", 1), item("/f/t3", 1)},
-                              250);
+  const SizeNode focus = item(
+      "/f", 1000,
+      {item("/f/a", 500), item("/f/b", 247), item("/f/t1", 1), item("/f/t2", 1), item("/f/t3", 1)},
+      250);
   const auto arcs = SunburstLayout::arcs(focus, 3, 1.0);
   ASSERT_EQ(arcs.size(), 4u);
   EXPECT_EQ(arcs[0].name, "a");
@@ -64,16 +71,16 @@ TEST(SunburstLayout, SharesTheCircleByBytesAndMergesThinChildren) {
   EXPECT_NEAR(arcs[3].endDegrees, 360.0, 1e-9);
   EXPECT_NE(arcs[2].id(), arcs[3].id());
 
-  const auto single = SunburstLayout::arcs(item("/f", 10, {item("/f/a", 9), item("/f/t", 0)}),
-                                           1, 1.0);
+  const auto single =
+      SunburstLayout::arcs(item("/f", 10, {item("/f/a", 9), item("/f/t", 0)}), 1, 1.0);
   EXPECT_EQ(single.back().name, "Other");
 }
 
 TEST(SunburstLayout, PlacesGrandchildrenInsideTheirParentUpToMaxRings) {
-  const SizeNode focus = item(
-      "/f", 400, {item("/f/a", 300, {item("/f/a/x", 200, {item("/f/a/x/y", 200)}),
-                                     item("/f/a/z", 100)}),
-                  item("/f/b", 100)});
+  const SizeNode focus =
+      item("/f", 400,
+           {item("/f/a", 300, {item("/f/a/x", 200, {item("/f/a/x/y", 200)}), item("/f/a/z", 100)}),
+            item("/f/b", 100)});
   const auto arcs = SunburstLayout::arcs(focus, 2, 0.1);
   ASSERT_EQ(arcs.size(), 4u);
   EXPECT_EQ(arcs[0].path, "/f/a");

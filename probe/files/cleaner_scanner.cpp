@@ -83,7 +83,8 @@ std::string shownName(const CleanSource& source, const Place& place) {
   std::string title = source.title.value_or(place.relative);
   std::string joined;
   for (const std::string& name : place.matched) joined += (joined.empty() ? "" : "/") + name;
-  for (auto star = title.find('*'); star != std::string::npos; star = title.find('*', star + joined.size())) {
+  for (auto star = title.find('*'); star != std::string::npos;
+       star = title.find('*', star + joined.size())) {
     title.replace(star, 1, joined);
   }
   return title;
@@ -98,9 +99,10 @@ class GroupScan {
   CleanGroupPlan run(const CleanGroup& group) {
     plan_ = CleanGroupPlan{.group = group};
     for (const CleanSource& source : group.sources) scanSource(source);
-    std::stable_sort(plan_.items.begin(), plan_.items.end(), [](const CleanItem& a, const CleanItem& b) {
-      return a.bytes != b.bytes ? a.bytes > b.bytes : a.name < b.name;
-    });
+    std::stable_sort(plan_.items.begin(), plan_.items.end(),
+                     [](const CleanItem& a, const CleanItem& b) {
+                       return a.bytes != b.bytes ? a.bytes > b.bytes : a.name < b.name;
+                     });
     return std::move(plan_);
   }
 
@@ -221,8 +223,8 @@ std::string withoutTrailingSlashes(std::string path) {
 }
 
 bool inside(const std::string& path, const std::string& folder) {
-  return path == folder || (path.size() > folder.size() && path.starts_with(folder) &&
-                            path[folder.size()] == '/');
+  return path == folder ||
+         (path.size() > folder.size() && path.starts_with(folder) && path[folder.size()] == '/');
 }
 
 }  // namespace

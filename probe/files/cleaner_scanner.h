@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "core/clean/clean_plan.h"
 #include "core/clean/clean_group.h"
+#include "core/clean/clean_plan.h"
 #include "core/clean/cleaner_running.h"
 
 namespace pellwin {

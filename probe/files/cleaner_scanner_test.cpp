@@ -1,10 +1,9 @@
 #include "probe/files/cleaner_scanner.h"
 
 #include <fcntl.h>
+#include <gtest/gtest.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
-
-#include <gtest/gtest.h>
 
 #include <cstdio>
 #include <ctime>
@@ -125,25 +124,24 @@ TEST_F(ScratchHome, FindsEachGroupWithTrueSizesAndSkipsWhatRuns) {
   const CleanPlan result = plan(running);
 
   const CleanGroupPlan& developer = group(result, "developer-caches");
-  EXPECT_EQ(itemsByName(developer),
-            (std::map<std::string, std::uint64_t>{
-                {"npm cache", duBytes(h / ".npm/_cacache")},
-                {"Yarn cache", duBytes(h / ".cache/yarn")},
-                {"Homebrew cache", duBytes(h / ".cache/Homebrew")}}));
+  EXPECT_EQ(itemsByName(developer), (std::map<std::string, std::uint64_t>{
+                                        {"npm cache", duBytes(h / ".npm/_cacache")},
+                                        {"Yarn cache", duBytes(h / ".cache/yarn")},
+                                        {"Homebrew cache", duBytes(h / ".cache/Homebrew")}}));
   EXPECT_EQ(skipsByName(developer),
             (std::map<std::string, std::string>{{"pip cache", "pip3 is running"}}));
   EXPECT_EQ(developer.detail(), "3 items, 1 skipped because it is in use");
   EXPECT_EQ(developer.items.front().name, "npm cache") << "largest first";
 
   const CleanGroupPlan& apps = group(result, "app-caches");
-  EXPECT_EQ(itemsByName(apps),
-            (std::map<std::string, std::uint64_t>{
-                {"thumbnails", duBytes(h / ".cache/thumbnails")},
-                {"fontconfig", duBytes(h / ".cache/fontconfig")},
-                {"ksycoca6_en", duBytes(h / ".cache/ksycoca6_en")}}))
+  EXPECT_EQ(itemsByName(apps), (std::map<std::string, std::uint64_t>{
+                                   {"thumbnails", duBytes(h / ".cache/thumbnails")},
+                                   {"fontconfig", duBytes(h / ".cache/fontconfig")},
+                                   {"ksycoca6_en", duBytes(h / ".cache/ksycoca6_en")}}))
       << "no tool caches, portal, credentials, links or empty files";
-  EXPECT_EQ(skipsByName(apps), (std::map<std::string, std::string>{
-                                   {"mozilla", "firefox-esr is open"}, {"spotify", "spotify is open"}}));
+  EXPECT_EQ(skipsByName(apps),
+            (std::map<std::string, std::string>{{"mozilla", "firefox-esr is open"},
+                                                {"spotify", "spotify is open"}}));
   EXPECT_EQ(apps.items.front().path, (h / ".cache/thumbnails").string());
 
   std::map<std::string, std::uint64_t> logs = itemsByName(group(result, "old-logs"));
@@ -154,11 +152,12 @@ TEST_F(ScratchHome, FindsEachGroupWithTrueSizesAndSkipsWhatRuns) {
   }
 
   const CleanGroupPlan& ide = group(result, "ide-caches");
-  EXPECT_EQ(itemsByName(ide), (std::map<std::string, std::uint64_t>{
-                                  {"IntelliJIdea2025.2 caches",
-                                   duBytes(h / ".cache/JetBrains/IntelliJIdea2025.2/caches")},
-                                  {"IntelliJIdea2025.2 indexes",
-                                   duBytes(h / ".cache/JetBrains/IntelliJIdea2025.2/index")}}));
+  EXPECT_EQ(
+      itemsByName(ide),
+      (std::map<std::string, std::uint64_t>{
+          {"IntelliJIdea2025.2 caches", duBytes(h / ".cache/JetBrains/IntelliJIdea2025.2/caches")},
+          {"IntelliJIdea2025.2 indexes",
+           duBytes(h / ".cache/JetBrains/IntelliJIdea2025.2/index")}}));
   EXPECT_EQ(itemsByName(group(result, "debug-symbols")),
             (std::map<std::string, std::uint64_t>{
                 {"debuginfod cache", duBytes(h / ".cache/debuginfod_client")}}));
@@ -199,11 +198,13 @@ TEST_F(ScratchHome, PlanningChangesNothingOnDisk) {
 
 TEST(CleanerScanner, ASharedPnpmStoreCountsOnlyWhatRemovingItFrees) {
   ScratchFolder h;
-  const fs::path shared = h.write(".local/share/pnpm/store/v3/files/ab/shared", std::string(400'000, 'x'));
+  const fs::path shared =
+      h.write(".local/share/pnpm/store/v3/files/ab/shared", std::string(400'000, 'x'));
   h.write(".local/share/pnpm/store/v3/files/cd/unused", std::string(100'000, 'u'));
   fs::create_directories(h / "code/app/node_modules/.pnpm");
   fs::create_hard_link(shared, h / "code/app/node_modules/.pnpm/shared");
-  const CleanerScanner scanner(h.path().string(), LinuxCleanerCatalog::groups({.home = h.path().string()}));
+  const CleanerScanner scanner(h.path().string(),
+                               LinuxCleanerCatalog::groups({.home = h.path().string()}));
   const auto items = itemsByName(group(scanner.plan({}, now), "developer-caches"));
   ASSERT_TRUE(items.contains("pnpm store"));
   EXPECT_LT(items.at("pnpm store"), duBytes(h / ".local/share/pnpm/store"));
@@ -217,7 +218,8 @@ TEST(CleanerScanner, ACacheFolderReachedThroughALinkOrAMountedChildIsLeftOut) {
   elsewhere.write("pip/http/x", std::string(100'000, 'p'));
   elsewhere.write("thumbnails/x.png", std::string(100'000, 't'));
   fs::create_directory_symlink(elsewhere.path(), h / ".cache");
-  const CleanerScanner linked(h.path().string(), LinuxCleanerCatalog::groups({.home = h.path().string()}));
+  const CleanerScanner linked(h.path().string(),
+                              LinuxCleanerCatalog::groups({.home = h.path().string()}));
   const CleanPlan plan = linked.plan({}, now);
   EXPECT_TRUE(plan.visibleGroups().empty()) << "every item would lie outside home";
 

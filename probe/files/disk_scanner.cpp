@@ -131,7 +131,7 @@ class Walk {
   // Grows to the deepest level and is reused below it; a deque, so growing never moves the
   // frames (and the names) that the levels above are still reading.
   std::deque<Frame> frames_;
-  std::size_t depth_ = 0;      // frames in use
+  std::size_t depth_ = 0;  // frames in use
   std::size_t openFolders_ = 0;
   std::size_t shallowestOpen_ = 0;
   std::vector<char> buffer_;
@@ -203,10 +203,9 @@ void Walk::enter(const std::string& path, std::uint64_t device, std::uint64_t in
                  std::uint64_t ownBytes, double lastUsed, int parentFd, std::string_view name) {
   emit(path);
   const std::string nameText(name);
-  FileDescriptor fd(parentFd < 0
-                        ? ::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)
-                        : ::openat(parentFd, nameText.c_str(),
-                                   O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+  FileDescriptor fd(parentFd < 0 ? ::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)
+                                 : ::openat(parentFd, nameText.c_str(),
+                                            O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
   if (!fd.valid()) {
     // Private or vanished alike: the walk makes no difference between them.
     attachLocked(path, lastUsed);
@@ -258,7 +257,8 @@ void Walk::closeShallowestIfNeeded() {
 void Walk::reopenParent(Frame& parent, Frame& child) {
   if (parent.fd.valid() || parent.lost) return;
   FileDescriptor up;
-  if (child.fd.valid()) up = FileDescriptor(::openat(child.fd.get(), "..", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (child.fd.valid())
+    up = FileDescriptor(::openat(child.fd.get(), "..", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   struct stat info {};
   if (up.valid() && ::fstat(up.get(), &info) == 0 &&
       static_cast<std::uint64_t>(info.st_dev) == parent.device &&
@@ -412,10 +412,9 @@ std::expected<WalkResult, ScanError> walkTree(const std::string& root,
   return walk.run(withoutTrailingSlashes(root));
 }
 
-std::expected<WalkResult, ScanError> DiskScanner::scan(const std::string& root,
-                                                       const std::optional<std::string>& stripPrefix,
-                                                       const ScanProgressHandler& progress,
-                                                       std::stop_token stop) const {
+std::expected<WalkResult, ScanError> DiskScanner::scan(
+    const std::string& root, const std::optional<std::string>& stripPrefix,
+    const ScanProgressHandler& progress, std::stop_token stop) const {
   auto result = walkTree(root, stripPrefix, progress, std::move(stop));
   if (result) setCategories(result->tree, home_);
   return result;

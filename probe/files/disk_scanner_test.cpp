@@ -133,8 +133,8 @@ TEST(DiskScanner, ShowsAFolderItMayNotReadAsLockedAndPrivate) {
     if (!result) return std::string("scan failed");
     const SizeNode* locked = result->tree.find(root + "/scan/private");
     if (locked == nullptr) return std::string("no node");
-    return std::string(locked->isLocked ? "locked" : "open") + " " +
-           std::to_string(locked->bytes) + " " + std::string(rawValue(locked->category)) + " " +
+    return std::string(locked->isLocked ? "locked" : "open") + " " + std::to_string(locked->bytes) +
+           " " + std::string(rawValue(locked->category)) + " " +
            std::to_string(locked->children.size()) + " " + std::to_string(result->tree.bytes);
   });
   fs::permissions(root + "/scan/private", fs::perms::owner_all);
@@ -265,8 +265,7 @@ TEST(DiskScanner, StopsWhenCancelledAndKeepsNothing) {
 
   std::stop_source during;
   auto midway = DiskScanner("/h").scan(
-      root, std::nullopt, [&](const ScanProgress&) { during.request_stop(); },
-      during.get_token());
+      root, std::nullopt, [&](const ScanProgress&) { during.request_stop(); }, during.get_token());
   ASSERT_FALSE(midway.has_value());
   EXPECT_EQ(midway.error().kind, ScanErrorKind::cancelled);
 }

@@ -1,12 +1,11 @@
 #include "probe/files/freeable_size.h"
 
 #include <fcntl.h>
+#include <gtest/gtest.h>
 #include <sys/mount.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
-
-#include <gtest/gtest.h>
 
 #include <cstdio>
 #include <filesystem>
@@ -64,8 +63,8 @@ TEST(FreeableSize, FilesLinkedFromOutsideDoNotCountAndFilesLinkedWithinCountOnce
   fs::create_hard_link(own, scratch / "store/copies/own-again.bin");
   const auto store = FreeableSize::measure((scratch / "store").string());
   ASSERT_TRUE(store);
-  EXPECT_EQ(store->bytes, blocksOf(scratch / "store") + blocksOf(scratch / "store/copies") +
-                              blocksOf(own))
+  EXPECT_EQ(store->bytes,
+            blocksOf(scratch / "store") + blocksOf(scratch / "store/copies") + blocksOf(own))
       << "the shared file stays on disk while the project links it";
   const auto file = FreeableSize::measure(shared.string());
   ASSERT_TRUE(file);

@@ -22,9 +22,9 @@ enum : std::uint32_t {
 };
 
 bool isNodeKey(const std::string& key) {
-  for (const char* known : {"name", "path", "nameBytes", "pathBytes", "bytes", "isDirectory",
-                            "children", "restBytes", "restCount", "isLocked", "lastUsed",
-                            "category", "markers"}) {
+  for (const char* known :
+       {"name", "path", "nameBytes", "pathBytes", "bytes", "isDirectory", "children", "restBytes",
+        "restCount", "isLocked", "lastUsed", "category", "markers"}) {
     if (key == known) return true;
   }
   return false;
@@ -49,7 +49,8 @@ template <typename S>
 std::optional<std::int64_t> asSigned(const S& value) {
   if (value.kind == S::Kind::signedNumber) return value.signedNumber;
   if (value.kind == S::Kind::unsignedNumber &&
-      value.unsignedNumber <= static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max())) {
+      value.unsignedNumber <=
+          static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max())) {
     return static_cast<std::int64_t>(value.unsignedNumber);
   }
   return std::nullopt;
@@ -273,8 +274,8 @@ bool JSONTreeReader::end_object() {
     case Context::node: return finishNode();
     case Context::top:
       stack_.pop_back();
-      finished_ = version.has_value() && treeSeen_ && scannedAt.has_value() &&
-                  root.has_value() && access.has_value();
+      finished_ = version.has_value() && treeSeen_ && scannedAt.has_value() && root.has_value() &&
+                  access.has_value();
       return finished_;
     case Context::children:
     case Context::markers: return false;

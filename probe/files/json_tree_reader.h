@@ -50,9 +50,9 @@ class JSONTreeReader : public nlohmann::json_sax<nlohmann::json> {
   enum class Context { top, node, children, markers, skipped };
   struct Level {
     Context context;
-    SizeNode node{};           // for `node`
-    std::uint32_t seen = 0;    // required keys met, for `node`
-    std::string key{};         // the key whose value comes next, for `top` and `node`
+    SizeNode node{};         // for `node`
+    std::uint32_t seen = 0;  // required keys met, for `node`
+    std::string key{};       // the key whose value comes next, for `top` and `node`
     std::optional<std::string> nameBytes{};
     std::optional<std::string> pathBytes{};
   };

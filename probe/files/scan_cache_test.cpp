@@ -5,8 +5,8 @@
 #include <filesystem>
 #include <nlohmann/json.hpp>
 
-#include "testing/scratch_folder.h"
 #include "probe/files/size_node_json.h"
+#include "testing/scratch_folder.h"
 
 namespace pellwin {
 namespace {

@@ -35,25 +35,23 @@ ScanTask::ScanTask(DiskScanner scanner, std::string root, std::optional<std::str
                    ScanProgressHandler progress) {
   std::promise<std::expected<WalkResult, ScanError>> promise;
   result_ = promise.get_future();
-  thread_ = start(std::move(promise),
-                  [scanner = std::move(scanner), root = std::move(root),
-                   stripPrefix = std::move(stripPrefix), progress = std::move(progress),
-                   stop = stop_.get_token()] {
-                    return scanner.scan(root, stripPrefix, progress, stop);
-                  });
+  thread_ = start(std::move(promise), [scanner = std::move(scanner), root = std::move(root),
+                                       stripPrefix = std::move(stripPrefix),
+                                       progress = std::move(progress), stop = stop_.get_token()] {
+    return scanner.scan(root, stripPrefix, progress, stop);
+  });
 }
 
 ScanTask::ScanTask(DiskScanner scanner, const SizeNode& folder,
                    std::optional<std::string> stripPrefix, ScanProgressHandler progress) {
   std::promise<std::expected<WalkResult, ScanError>> promise;
   result_ = promise.get_future();
-  thread_ = start(std::move(promise),
-                  [scanner = std::move(scanner), path = folder.path,
-                   stripPrefix = std::move(stripPrefix), progress = std::move(progress),
-                   stop = stop_.get_token()] {
-                    // Only the folder's path is needed, not the subtree under it.
-                    return scanner.rescan(SizeNode{.path = path}, stripPrefix, progress, stop);
-                  });
+  thread_ = start(std::move(promise), [scanner = std::move(scanner), path = folder.path,
+                                       stripPrefix = std::move(stripPrefix),
+                                       progress = std::move(progress), stop = stop_.get_token()] {
+    // Only the folder's path is needed, not the subtree under it.
+    return scanner.rescan(SizeNode{.path = path}, stripPrefix, progress, stop);
+  });
 }
 
 ScanTask::~ScanTask() {

@@ -127,8 +127,7 @@ TrashResult Trasher::act(const TrashItem& item, CleanAction action) const {
   if (auto refused = RemovalRules::verdict(path, home_, entry->isSymlink, real, checkedGuards_)) {
     return result(item, Outcome::refused, refused->reason);
   }
-  if (action == CleanAction::delete_ &&
-      (!isCleanable(path) || !isCleanable(real))) {
+  if (action == CleanAction::delete_ && (!isCleanable(path) || !isCleanable(real))) {
     return result(item, Outcome::refused, onlyCaches);
   }
   if (entry->isDirectory) {

@@ -12,8 +12,8 @@
 
 #include "core/base/data_folder.h"
 #include "probe/files/live_removal_disk.h"
-#include "testing/trash_test_support.h"
 #include "probe/files/trasher.h"
+#include "testing/trash_test_support.h"
 
 namespace pellwin {
 namespace {
@@ -102,27 +102,14 @@ std::string generate(std::mt19937& random, const Layout& layout,
     path = existing[pick(existing.size())];
     static const char* const siblings[] = {"/HOME", "/home2", "/Home"};
     switch (pick(8)) {
-      case 0:
-        path += "/";
-        break;
-      case 1:
-        path.insert(layout.home.size(), "/.");
-        break;
-      case 2:
-        path.insert(layout.home.size(), "//");
-        break;
-      case 3:
-        path.insert(layout.home.size(), "/junk/..");
-        break;
-      case 4:
-        path[pick(path.size())] ^= 0x20;
-        break;  // flips the case of a letter
+      case 0: path += "/"; break;
+      case 1: path.insert(layout.home.size(), "/."); break;
+      case 2: path.insert(layout.home.size(), "//"); break;
+      case 3: path.insert(layout.home.size(), "/junk/.."); break;
+      case 4: path[pick(path.size())] ^= 0x20; break;  // flips the case of a letter
       case 5:
-      case 6:
-        path.replace(0, layout.home.size(), layout.root + siblings[pick(3)]);
-        break;
-      default:
-        break;
+      case 6: path.replace(0, layout.home.size(), layout.root + siblings[pick(3)]); break;
+      default: break;
     }
     return path;
   }

@@ -242,7 +242,8 @@ TEST(Trasher, OnTheLiveDiskMovesWhatIsAllowedAndTrashCliSeesIt) {
   const std::string outside = fs::canonical(scratch.scratch.path()).string() + "/outside.txt";
 
   LiveRemovalDisk disk(FreedesktopTrash(scratch.dataHome, ::getuid()));
-  Trasher trasher(scratch.home, {.kept = {scratch.home + "/projects/keep/.local/share/Tovrin"}}, disk);
+  Trasher trasher(scratch.home, {.kept = {scratch.home + "/projects/keep/.local/share/Tovrin"}},
+                  disk);
   const auto moved = trasher.trash({{.path = scratch.home + "/projects/old"},
                                     {.path = scratch.home + "/projects/keep"},
                                     {.path = scratch.home + "/keep-link/"},
@@ -266,10 +267,12 @@ TEST(Trasher, OnTheLiveDiskMovesWhatIsAllowedAndTrashCliSeesIt) {
                {.kept = {scratch.home + "/grows/.local/share/Tovrin"},
                 .mainFolders = {scratch.home + "/Media/Musik", scratch.home + "/Bilder"}},
                disk);
-  const auto lastMoment = late.trash(
-      {{.path = scratch.home + "/picked"}, {.path = scratch.home + "/grows"},
-       {.path = scratch.home + "/Media"}, {.path = scratch.home + "/Media/Musik"},
-       {.path = scratch.home + "/Sync/Pictures"}, {.path = scratch.home + "/Media/Musik/song.ogg"}});
+  const auto lastMoment = late.trash({{.path = scratch.home + "/picked"},
+                                      {.path = scratch.home + "/grows"},
+                                      {.path = scratch.home + "/Media"},
+                                      {.path = scratch.home + "/Media/Musik"},
+                                      {.path = scratch.home + "/Sync/Pictures"},
+                                      {.path = scratch.home + "/Media/Musik/song.ogg"}});
   EXPECT_EQ(lastMoment[0].reason, "It's a shortcut to somewhere else");
   EXPECT_EQ(lastMoment[1].reason, "It holds Tovrin, which Tovrin keeps safe");
   EXPECT_EQ(lastMoment[2].reason, "It holds Musik, which Tovrin keeps safe");

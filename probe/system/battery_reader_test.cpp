@@ -8,8 +8,11 @@ namespace pellwin {
 namespace {
 
 TEST(BatteryReading, FollowsTheChargeAndEstimateRules) {
-  const PowerSupply discharging{.type = "Battery", .status = "Discharging", .capacity = 57,
-                                .energyNow = 30'000'000, .powerNow = 15'000'000};
+  const PowerSupply discharging{.type = "Battery",
+                                .status = "Discharging",
+                                .capacity = 57,
+                                .energyNow = 30'000'000,
+                                .powerNow = 15'000'000};
   auto change = [&](auto edit) {
     PowerSupply s = discharging;
     edit(s);
@@ -29,8 +32,11 @@ TEST(BatteryReading, FollowsTheChargeAndEstimateRules) {
        change([](PowerSupply& s) { s.timeToEmptyNow = 3600; }),
        BatteryReading{.percent = 57, .onBattery = true, .minutesLeft = 60}},
       {"charge over current when there is no energy",
-       PowerSupply{.type = "Battery", .status = "Discharging", .capacity = 50,
-                   .chargeNow = 2'000'000, .currentNow = 1'000'000},
+       PowerSupply{.type = "Battery",
+                   .status = "Discharging",
+                   .capacity = 50,
+                   .chargeNow = 2'000'000,
+                   .currentNow = 1'000'000},
        BatteryReading{.percent = 50, .onBattery = true, .minutesLeft = 120}},
       {"charging: no estimate", change([](PowerSupply& s) { s.status = "Charging"; }),
        BatteryReading{.percent = 57, .charging = true}},
@@ -38,8 +44,10 @@ TEST(BatteryReading, FollowsTheChargeAndEstimateRules) {
        BatteryReading{.percent = 57}},
       {"no power draw: no estimate", change([](PowerSupply& s) { s.powerNow = 0; }),
        BatteryReading{.percent = 57, .onBattery = true}},
-      {"zero time to empty: no estimate",
-       change([](PowerSupply& s) { s.timeToEmptyNow = 0; s.powerNow.reset(); }),
+      {"zero time to empty: no estimate", change([](PowerSupply& s) {
+         s.timeToEmptyNow = 0;
+         s.powerNow.reset();
+       }),
        BatteryReading{.percent = 57, .onBattery = true}},
       {"under a minute left: no estimate", change([](PowerSupply& s) { s.energyNow = 100; }),
        BatteryReading{.percent = 57, .onBattery = true}},
@@ -52,9 +60,10 @@ TEST(BatteryReading, FollowsTheChargeAndEstimateRules) {
        BatteryReading{.percent = 66}},
       {"a full charge of 0 is unusable",
        PowerSupply{.type = "Battery", .energyNow = 2, .energyFull = 0}, std::nullopt},
-      {"a mouse's battery is not the system's",
-       change([](PowerSupply& s) { s.scope = "Device"; }), std::nullopt},
-      {"a battery that is not present", change([](PowerSupply& s) { s.present = 0; }), std::nullopt},
+      {"a mouse's battery is not the system's", change([](PowerSupply& s) { s.scope = "Device"; }),
+       std::nullopt},
+      {"a battery that is not present", change([](PowerSupply& s) { s.present = 0; }),
+       std::nullopt},
       {"mains", PowerSupply{.type = "Mains"}, std::nullopt},
       {"a product past 64 bits",
        PowerSupply{.type = "Battery", .energyNow = INT64_MAX, .energyFull = 1}, std::nullopt},

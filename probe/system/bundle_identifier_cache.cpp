@@ -22,7 +22,8 @@ constexpr std::pair<std::string_view, std::string_view> aliases[] = {
 
 std::string folderOf(std::string_view path) {
   const auto slash = path.rfind('/');
-  return slash == std::string_view::npos || slash == 0 ? std::string() : std::string(path.substr(0, slash));
+  return slash == std::string_view::npos || slash == 0 ? std::string()
+                                                       : std::string(path.substr(0, slash));
 }
 
 AppIdentity identityOf(const DesktopEntry& entry) {
@@ -45,7 +46,8 @@ std::string appImageName(const std::string& path) {
   for (const std::string_view suffix : {".AppImage", ".appimage"}) {
     if (name.ends_with(suffix)) name.resize(name.size() - suffix.size());
   }
-  for (std::size_t dash = name.find('-'); dash != std::string::npos; dash = name.find('-', dash + 1)) {
+  for (std::size_t dash = name.find('-'); dash != std::string::npos;
+       dash = name.find('-', dash + 1)) {
     const std::string_view rest = std::string_view(name).substr(dash + 1);
     if (!rest.empty() && (std::isdigit(static_cast<unsigned char>(rest.front())) ||
                           rest.starts_with("x86_64") || rest.starts_with("aarch64"))) {
@@ -77,8 +79,8 @@ std::vector<BundleIdentifierCache::FolderStamp> BundleIdentifierCache::stamps() 
   for (const auto& folder : index_->watchedFolders()) {
     std::error_code error;
     const auto modified = fs::last_write_time(folder, error);
-    result.push_back(FolderStamp{.folder = folder,
-                                 .modified = error ? std::nullopt : std::optional(modified)});
+    result.push_back(
+        FolderStamp{.folder = folder, .modified = error ? std::nullopt : std::optional(modified)});
   }
   return result;
 }
@@ -182,7 +184,8 @@ std::optional<AppIdentity> BundleIdentifierCache::resolve(const ProcessFacts& fa
     }
   }
   if (!facts.arguments.empty()) {
-    if (const auto* entry = index_->byName(std::string(lastPathComponent(facts.arguments.front())))) {
+    if (const auto* entry =
+            index_->byName(std::string(lastPathComponent(facts.arguments.front())))) {
       return identityOf(*entry);
     }
   }

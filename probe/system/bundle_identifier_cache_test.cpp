@@ -48,8 +48,8 @@ struct Desktop {
           "Name=Visual Studio Code\nExec=" + at("usr/share/code/code") +
               " %F\nStartupWMClass=Code\nCategories=TextEditor;Development;IDE;\n");
     entry("usr/share/applications/code-url-handler.desktop",
-          "Name=Visual Studio Code - URL Handler\nNoDisplay=true\nExec=" + at("usr/share/code/code") +
-              " --open-url %U\n");
+          "Name=Visual Studio Code - URL Handler\nNoDisplay=true\nExec=" +
+              at("usr/share/code/code") + " --open-url %U\n");
 
     // Debian's Chromium: a wrapper script in the shared folder, the browser elsewhere.
     program("bin/chromium");
@@ -60,8 +60,8 @@ struct Desktop {
 
     program("bin/python3");
     program("bin/meld");
-    entry("usr/share/applications/org.gnome.Meld.desktop", "Name=Meld\nExec=python3 " +
-                                                               at("bin/meld") + " %F\n");
+    entry("usr/share/applications/org.gnome.Meld.desktop",
+          "Name=Meld\nExec=python3 " + at("bin/meld") + " %F\n");
 
     entry("usr/share/applications/com.slack.Slack.desktop",
           "Name=Slack\nX-Flatpak=com.slack.Slack\nExec=/usr/bin/flatpak run --branch=stable "
@@ -102,33 +102,43 @@ TEST(BundleIdentifierCache, NamesTheAppOfEachKindOfProcess) {
        {.executable = desktop.at("opt/google/chrome/chrome"), .arguments = {"chrome"}},
        "google-chrome"},
       {"Chrome's crash handler, double-forked to init",
-       {.executable = desktop.at("opt/google/chrome/chrome_crashpad_handler")}, "google-chrome"},
+       {.executable = desktop.at("opt/google/chrome/chrome_crashpad_handler")},
+       "google-chrome"},
       {"VS Code by its executable, not the hidden URL handler",
-       {.executable = desktop.at("usr/share/code/code")}, "code"},
+       {.executable = desktop.at("usr/share/code/code")},
+       "code"},
       {"a language server in VS Code's scope",
-       {.executable = desktop.at("bin/python3"), .arguments = {"python3", "-m", "pylsp"},
+       {.executable = desktop.at("bin/python3"),
+        .arguments = {"python3", "-m", "pylsp"},
         .cgroup = appScope},
        "code"},
       {"a shell with a terminal in VS Code's scope is a command-line program",
-       {.executable = desktop.at("bin/python3"), .arguments = {"python3"},
-        .controllingTerminal = true, .cgroup = appScope},
+       {.executable = desktop.at("bin/python3"),
+        .arguments = {"python3"},
+        .controllingTerminal = true,
+        .cgroup = appScope},
        "(none)"},
       {"a shell in a terminal tab's scope",
-       {.executable = "/bin/bash", .cgroup = appScope + "/vte-spawn-a1b2.scope"}, "(none)"},
+       {.executable = "/bin/bash", .cgroup = appScope + "/vte-spawn-a1b2.scope"},
+       "(none)"},
       {"Chromium by its program name",
-       {.executable = desktop.at("usr/lib/chromium/chromium")}, "chromium"},
+       {.executable = desktop.at("usr/lib/chromium/chromium")},
+       "chromium"},
       {"Meld, a Python script",
        {.executable = desktop.at("bin/python3"), .arguments = {"python3", desktop.at("bin/meld")}},
        "org.gnome.Meld"},
       {"Meld from a relative script path",
-       {.executable = desktop.at("bin/python3"), .arguments = {"python3", "-O", "meld"},
+       {.executable = desktop.at("bin/python3"),
+        .arguments = {"python3", "-O", "meld"},
         .workingDirectory = desktop.at("bin")},
        "org.gnome.Meld"},
       {"a Flatpak by its scope, whatever its sandbox path",
-       {.executable = "/app/bin/slack", .cgroup = "/user.slice/app-flatpak-com.slack.Slack-12.scope"},
+       {.executable = "/app/bin/slack",
+        .cgroup = "/user.slice/app-flatpak-com.slack.Slack-12.scope"},
        "com.slack.Slack"},
       {"a Flatpak by its sandbox info, with no entry",
-       {.executable = "/app/bin/tool", .flatpakId = "org.example.Tool"}, "org.example.Tool"},
+       {.executable = "/app/bin/tool", .flatpakId = "org.example.Tool"},
+       "org.example.Tool"},
       {"a Snap by its scope",
        {.executable = "/snap/firefox/4000/usr/lib/firefox/firefox",
         .cgroup = "/user.slice/snap.firefox.firefox-2b9c7b35-4c3e-4d0f-9a0b-2f8a51d2c1aa.scope"},
@@ -144,15 +154,18 @@ TEST(BundleIdentifierCache, NamesTheAppOfEachKindOfProcess) {
        {.executable = "/somewhere/else/chrome-beta",
         .cgroup = "/user.slice/app-com.google.Chrome-11254.scope"},
        "google-chrome"},
-      {"a D-Bus activated app", {.cgroup = "/user.slice/app.slice/dbus-:1.2-org.gnome.Nautilus@7.service"},
+      {"a D-Bus activated app",
+       {.cgroup = "/user.slice/app.slice/dbus-:1.2-org.gnome.Nautilus@7.service"},
        "org.gnome.Nautilus"},
       {"an entry in a subfolder", {.comm = "dolphin"}, "kde4-dolphin"},
       {"a masked entry", {.executable = desktop.at("bin/vlc")}, "(none)"},
       {"an entry whose TryExec is missing", {.comm = "ghost"}, "(none)"},
-      {"a system service", {.executable = "/usr/sbin/cron", .cgroup = "/system.slice/cron.service"},
+      {"a system service",
+       {.executable = "/usr/sbin/cron", .cgroup = "/system.slice/cron.service"},
        "(none)"},
       {"an unresolvable app scope",
-       {.executable = "/usr/bin/tool", .cgroup = "/user.slice/app-gnome-unknown-1.scope"}, "(none)"},
+       {.executable = "/usr/bin/tool", .cgroup = "/user.slice/app-gnome-unknown-1.scope"},
+       "(none)"},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.why);
@@ -210,7 +223,8 @@ TEST(BundleIdentifierCache, ReadsTheEntriesAgainOnlyWhenTheirFoldersChanged) {
 TEST(BundleIdentifierCache, WorksWithoutAnyDesktopEntries) {
   BundleIdentifierCache cache(DesktopSources{});
   EXPECT_EQ(cache.identity({.executable = "/usr/bin/firefox"}, 0), std::nullopt);
-  EXPECT_EQ(appId(cache.identity({.cgroup = "/app-flatpak-org.gimp.GIMP-3.scope"}, 0)), "org.gimp.GIMP");
+  EXPECT_EQ(appId(cache.identity({.cgroup = "/app-flatpak-org.gimp.GIMP-3.scope"}, 0)),
+            "org.gimp.GIMP");
   EXPECT_EQ(cache.identity("anything"), std::nullopt);
 }
 

@@ -55,8 +55,8 @@ std::string busName(std::string_view unit) {
   const auto dash = unit.find('-');
   if (dash == std::string_view::npos || !allOf(unit.substr(0, dash), "0123456789.")) return {};
   unit.remove_prefix(dash + 1);
-  if (const auto at = unit.rfind('@'); at != std::string_view::npos &&
-                                       allOf(unit.substr(at + 1), "0123456789")) {
+  if (const auto at = unit.rfind('@');
+      at != std::string_view::npos && allOf(unit.substr(at + 1), "0123456789")) {
     unit = unit.substr(0, at);
   }
   return std::string(unit);

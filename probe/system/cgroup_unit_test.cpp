@@ -48,8 +48,8 @@ TEST(ParseUnitName, FindsTheAppIdThatLaunchersWrite) {
         << (unit.ids.empty() ? "no candidates" : unit.ids.front());
   }
   EXPECT_EQ(parseUnitName("app-gnome-code-4567.scope").ids.front(), "code");
-  for (const char* terminal : {"vte-spawn-1f2e3d4c.scope", "tab(4242).scope", "run-r5d2a.scope",
-                               "session-3.scope"}) {
+  for (const char* terminal :
+       {"vte-spawn-1f2e3d4c.scope", "tab(4242).scope", "run-r5d2a.scope", "session-3.scope"}) {
     SCOPED_TRACE(terminal);
     EXPECT_EQ(parseUnitName(terminal).kind, Kind::terminal);
   }

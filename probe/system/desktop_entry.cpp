@@ -26,7 +26,10 @@ std::string unescapeValue(std::string_view value) {
       case 't': out += '\t'; break;
       case 'r': out += '\r'; break;
       case '\\': out += '\\'; break;
-      default: out += '\\'; out += next; break;
+      default:
+        out += '\\';
+        out += next;
+        break;
     }
   }
   return out;
@@ -57,7 +60,8 @@ std::vector<std::string> localeKeys(std::string_view locale) {
     modifier = locale.substr(at + 1);
     locale = locale.substr(0, at);
   }
-  if (const auto dot = locale.find('.'); dot != std::string_view::npos) locale = locale.substr(0, dot);
+  if (const auto dot = locale.find('.'); dot != std::string_view::npos)
+    locale = locale.substr(0, dot);
   std::string_view lang = locale, country;
   if (const auto underscore = locale.find('_'); underscore != std::string_view::npos) {
     lang = locale.substr(0, underscore);
@@ -114,15 +118,24 @@ std::optional<DesktopEntry> parseDesktopEntry(std::string_view text, std::string
     if (key == "Name" && once(0) && nameRank > wanted.size()) {
       entry->name = unescapeValue(raw);
       nameRank = wanted.size();
-    } else if (key == "Type" && once(1)) entry->type = unescapeValue(raw);
-    else if (key == "Exec" && once(2)) entry->exec = splitExec(unescapeValue(raw));
-    else if (key == "TryExec" && once(3)) entry->tryExec = unescapeValue(raw);
-    else if (key == "StartupWMClass" && once(4)) entry->startupWMClass = unescapeValue(raw);
-    else if (key == "Categories" && once(5)) entry->categories = splitList(raw);
-    else if (key == "X-Flatpak" && once(6)) entry->flatpakId = unescapeValue(raw);
-    else if (key == "X-SnapInstanceName" && once(7)) entry->snapName = unescapeValue(raw);
-    else if (key == "NoDisplay" && once(8)) entry->noDisplay = raw == "true";
-    else if (key == "Hidden" && once(9)) entry->hidden = raw == "true";
+    } else if (key == "Type" && once(1))
+      entry->type = unescapeValue(raw);
+    else if (key == "Exec" && once(2))
+      entry->exec = splitExec(unescapeValue(raw));
+    else if (key == "TryExec" && once(3))
+      entry->tryExec = unescapeValue(raw);
+    else if (key == "StartupWMClass" && once(4))
+      entry->startupWMClass = unescapeValue(raw);
+    else if (key == "Categories" && once(5))
+      entry->categories = splitList(raw);
+    else if (key == "X-Flatpak" && once(6))
+      entry->flatpakId = unescapeValue(raw);
+    else if (key == "X-SnapInstanceName" && once(7))
+      entry->snapName = unescapeValue(raw);
+    else if (key == "NoDisplay" && once(8))
+      entry->noDisplay = raw == "true";
+    else if (key == "Hidden" && once(9))
+      entry->hidden = raw == "true";
   });
   return entry;
 }
@@ -168,7 +181,7 @@ std::vector<std::string> splitExec(std::string_view exec) {
 
 LaunchTarget launchTarget(std::vector<std::string> exec) {
   static constexpr std::array<std::string_view, 10> wrappers = {
-      "pkexec", "sudo",     "nice",      "ionice",      "taskset",
+      "pkexec",   "sudo",      "nice",    "ionice",      "taskset",
       "firejail", "prime-run", "optirun", "gamemoderun", "torsocks"};
   // "nice -n 5", "taskset -c 0-3": the value that follows a launcher's option.
   auto isOptionValue = [](const std::string& token) {
@@ -229,11 +242,11 @@ LaunchTarget launchTarget(std::vector<std::string> exec) {
 
 bool isGenericProgramName(std::string_view name) {
   static constexpr std::array<std::string_view, 33> generic = {
-      "sh",      "bash",     "dash",   "zsh",    "fish",  "ksh",        "csh",    "tcsh",
-      "env",     "python",   "perl",   "ruby",   "node",  "nodejs",     "java",   "mono",
-      "dotnet",  "gjs",      "lua",    "php",    "bwrap", "flatpak",    "snap",   "xdg-open",
-      "gio",     "gtk-launch", "pkexec", "sudo", "wine",  "wine64",     "electron", "qmlscene",
-      "tclsh"};
+      "sh",      "bash",   "dash",     "zsh",      "fish",       "ksh",    "csh",
+      "tcsh",    "env",    "python",   "perl",     "ruby",       "node",   "nodejs",
+      "java",    "mono",   "dotnet",   "gjs",      "lua",        "php",    "bwrap",
+      "flatpak", "snap",   "xdg-open", "gio",      "gtk-launch", "pkexec", "sudo",
+      "wine",    "wine64", "electron", "qmlscene", "tclsh"};
   auto known = [](std::string_view candidate) {
     return std::find(generic.begin(), generic.end(), candidate) != generic.end() ||
            candidate == "qml" || candidate == "wish" || candidate == "wine-preloader";

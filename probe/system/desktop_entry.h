@@ -10,10 +10,10 @@
 namespace pellwin {
 
 struct DesktopEntry {
-  std::string id;         // desktop file id, "org.gnome.Nautilus.desktop", "kde4-dolphin.desktop"
-  std::string path;       // the file
-  std::string type;       // "Application", "Link", "Directory"
-  std::string name;       // Name, in the best locale match
+  std::string id;    // desktop file id, "org.gnome.Nautilus.desktop", "kde4-dolphin.desktop"
+  std::string path;  // the file
+  std::string type;  // "Application", "Link", "Directory"
+  std::string name;  // Name, in the best locale match
   std::vector<std::string> exec{};  // Exec split into arguments, field codes dropped
   std::string tryExec;
   std::string startupWMClass;

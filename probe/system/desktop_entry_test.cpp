@@ -28,8 +28,12 @@ TEST(ParseDesktopEntry, ReadsTheMainGroupWithLocalisedName) {
   const struct {
     const char* locale;
     const char* name;
-  } locales[] = {{"", "Files"},           {"C", "Files"},           {"de_DE.UTF-8", "Dateien"},
-                 {"de_AT.UTF-8@euro", "Dateien (AT)"}, {"fr_CA", "Fichiers"}, {"ja_JP.UTF-8", "Files"}};
+  } locales[] = {{"", "Files"},
+                 {"C", "Files"},
+                 {"de_DE.UTF-8", "Dateien"},
+                 {"de_AT.UTF-8@euro", "Dateien (AT)"},
+                 {"fr_CA", "Fichiers"},
+                 {"ja_JP.UTF-8", "Files"}};
   for (const auto& l : locales) {
     SCOPED_TRACE(l.locale);
     const auto entry = parseDesktopEntry(text, l.locale);
@@ -54,7 +58,8 @@ TEST(SplitExec, FollowsTheQuotingRules) {
     Strings arguments;
   } cases[] = {
       {"field codes go", "code --unity-launch %F", {"code", "--unity-launch"}},
-      {"quotes group and escape", R"("/opt/My App/run" --title "say \"hi\" \$HOME")",
+      {"quotes group and escape",
+       R"("/opt/My App/run" --title "say \"hi\" \$HOME")",
        {"/opt/My App/run", "--title", R"(say "hi" $HOME)"}},
       {"%% is a percent sign", "printf 100%%", {"printf", "100%"}},
       {"runs of spaces", "  a   b  ", {"a", "b"}},
@@ -75,12 +80,17 @@ TEST(LaunchTarget, TakesOffLaunchersAndRecognisesSandboxes) {
   } cases[] = {
       {"plain", "/usr/bin/gimp-2.10 %U", {.arguments = {"/usr/bin/gimp-2.10"}}},
       {"env with variables", "env GDK_BACKEND=x11 -u FOO slack %U", {.arguments = {"slack"}}},
-      {"sh -c", R"(sh -c "exec /opt/foo/foo --bar")", {.arguments = {"exec", "/opt/foo/foo", "--bar"}}},
+      {"sh -c",
+       R"(sh -c "exec /opt/foo/foo --bar")",
+       {.arguments = {"exec", "/opt/foo/foo", "--bar"}}},
       {"nice with a value", "nice -n 5 blender", {.arguments = {"blender"}}},
       {"flatpak run",
-       "/usr/bin/flatpak run --branch=stable --arch=x86_64 --command=slack com.slack.Slack @@u %U @@",
+       "/usr/bin/flatpak run --branch=stable --arch=x86_64 --command=slack com.slack.Slack @@u %U "
+       "@@",
        {.kind = Kind::flatpak, .sandboxId = "com.slack.Slack"}},
-      {"snap bin", "env BAMF_DESKTOP_FILE_HINT=/var/lib/snapd/desktop/applications/firefox_firefox.desktop /snap/bin/firefox %u",
+      {"snap bin",
+       "env BAMF_DESKTOP_FILE_HINT=/var/lib/snapd/desktop/applications/firefox_firefox.desktop "
+       "/snap/bin/firefox %u",
        {.kind = Kind::snap, .sandboxId = "firefox"}},
       {"snap run", "snap run spotify", {.kind = Kind::snap, .sandboxId = "spotify"}},
       {"nothing left", "env A=b", {}},

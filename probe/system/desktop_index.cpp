@@ -18,12 +18,29 @@ namespace {
 
 // Folders that hold the programs of many apps; a program's folder identifies its app only
 // when the folder is the app's own (/opt/google/chrome, /usr/share/code, /usr/lib/slack).
-constexpr std::string_view sharedFolderList[] = {
-    "/",         "/bin",       "/sbin",        "/usr",           "/usr/bin",
-    "/usr/sbin", "/usr/local", "/usr/local/bin", "/usr/local/sbin", "/usr/games",
-    "/usr/libexec", "/usr/lib", "/usr/lib32",  "/usr/lib64",     "/usr/share",
-    "/opt",      "/snap",      "/snap/bin",    "/app",           "/app/bin",
-    "/var/lib/flatpak/exports/bin", "/usr/local/lib", "/usr/local/share"};
+constexpr std::string_view sharedFolderList[] = {"/",
+                                                 "/bin",
+                                                 "/sbin",
+                                                 "/usr",
+                                                 "/usr/bin",
+                                                 "/usr/sbin",
+                                                 "/usr/local",
+                                                 "/usr/local/bin",
+                                                 "/usr/local/sbin",
+                                                 "/usr/games",
+                                                 "/usr/libexec",
+                                                 "/usr/lib",
+                                                 "/usr/lib32",
+                                                 "/usr/lib64",
+                                                 "/usr/share",
+                                                 "/opt",
+                                                 "/snap",
+                                                 "/snap/bin",
+                                                 "/app",
+                                                 "/app/bin",
+                                                 "/var/lib/flatpak/exports/bin",
+                                                 "/usr/local/lib",
+                                                 "/usr/local/share"};
 
 constexpr int deepestFolder = 6;
 
@@ -74,8 +91,7 @@ std::optional<std::string> realPath(const fs::path& path) {
 bool selectsAnApp(const DesktopEntry& entry) {
   return std::any_of(entry.exec.begin(), entry.exec.end(), [](const std::string& argument) {
     return argument.starts_with("--app-id=") || argument.starts_with("--app=") ||
-           argument.starts_with("--profile-directory") ||
-           argument.find("://") != std::string::npos;
+           argument.starts_with("--profile-directory") || argument.find("://") != std::string::npos;
   });
 }
 
@@ -191,8 +207,9 @@ const DesktopEntry* DesktopIndex::best(const Keys& keys, std::string_view key,
     return std::make_tuple(e.noDisplay, selectsAnApp(e), stemOf(e.id) != program, e.id.size(),
                            std::string_view(e.id));
   };
-  const auto winner = std::min_element(found->second.begin(), found->second.end(),
-                                       [&](std::size_t a, std::size_t b) { return rank(a) < rank(b); });
+  const auto winner =
+      std::min_element(found->second.begin(), found->second.end(),
+                       [&](std::size_t a, std::size_t b) { return rank(a) < rank(b); });
   return &entries_[*winner];
 }
 
@@ -229,8 +246,8 @@ const DesktopEntry* DesktopIndex::byExecutable(const std::string& executable) co
   const std::string program = std::string(lastPathComponent(executable));
   auto rank = [&](const std::pair<std::size_t, bool>& candidate) {
     const DesktopEntry& e = entries_[candidate.first];
-    return std::make_tuple(e.noDisplay, selectsAnApp(e), !candidate.second,
-                           stemOf(e.id) != program, e.id.size(), std::string_view(e.id));
+    return std::make_tuple(e.noDisplay, selectsAnApp(e), !candidate.second, stemOf(e.id) != program,
+                           e.id.size(), std::string_view(e.id));
   };
   return &entries_[std::min_element(candidates.begin(), candidates.end(),
                                     [&](const auto& a, const auto& b) { return rank(a) < rank(b); })

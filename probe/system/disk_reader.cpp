@@ -28,8 +28,8 @@ std::vector<DiskStatLine> parseDiskstats(std::string_view text) {
     const auto read = parseUnsigned(words[5]);
     const auto written = parseUnsigned(words[9]);
     if (!read || !written) return;
-    lines.push_back(
-        DiskStatLine{.name = std::string(words[2]), .sectorsRead = *read, .sectorsWritten = *written});
+    lines.push_back(DiskStatLine{
+        .name = std::string(words[2]), .sectorsRead = *read, .sectorsWritten = *written});
   });
   return lines;
 }

@@ -27,7 +27,7 @@ struct DiskTotals {
 };
 
 struct DiskSpace {
-  std::uint64_t freeBytes = 0;   // what an ordinary user can still write
+  std::uint64_t freeBytes = 0;  // what an ordinary user can still write
   std::uint64_t totalBytes = 0;
   friend bool operator==(const DiskSpace&, const DiskSpace&) = default;
 };
@@ -38,7 +38,8 @@ struct DiskSpace {
 // Sums the lines of whole disks, as `isWholeDisk` tells them. Absent when no line is a whole
 // disk or the sum overflows.
 [[nodiscard]] std::optional<DiskTotals> sumWholeDisks(
-    const std::vector<DiskStatLine>& lines, const std::function<bool(std::string_view)>& isWholeDisk);
+    const std::vector<DiskStatLine>& lines,
+    const std::function<bool(std::string_view)>& isWholeDisk);
 
 namespace DiskReader {
 

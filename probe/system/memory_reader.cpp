@@ -139,8 +139,8 @@ std::optional<MemoryCounters> memoryCounters(const Meminfo& meminfo, const SwapT
   const std::uint64_t hugeInUse = saturatingSubtract(meminfo.hugePagesTotal, meminfo.hugePagesFree);
   std::optional<std::uint64_t> wiredKB = checkedProduct(hugeInUse, meminfo.hugePageSizeKB);
   for (const std::uint64_t part :
-       {meminfo.sUnreclaimKB, meminfo.kernelStackKB, meminfo.pageTablesKB,
-        meminfo.secPageTablesKB, meminfo.percpuKB, meminfo.unevictableKB}) {
+       {meminfo.sUnreclaimKB, meminfo.kernelStackKB, meminfo.pageTablesKB, meminfo.secPageTablesKB,
+        meminfo.percpuKB, meminfo.unevictableKB}) {
     if (wiredKB) wiredKB = checkedSum(*wiredKB, part);
   }
   const auto total = bytesFromKB(meminfo.totalKB);

@@ -50,9 +50,8 @@ TEST(ParseMeminfo, RejectsInputThatWouldMisreportMemory) {
 TEST(MemoryCounters, MakeUsedMemoryComeToTotalLessAvailable) {
   const auto meminfo = parseMeminfo(meminfoText);
   ASSERT_TRUE(meminfo.has_value());
-  const auto counters =
-      memoryCounters(*meminfo, SwapTraffic{.pagesIn = 123, .pagesOut = 456}, 8'192'000,
-                     MemoryPressure{}, 4096);
+  const auto counters = memoryCounters(*meminfo, SwapTraffic{.pagesIn = 123, .pagesOut = 456},
+                                       8'192'000, MemoryPressure{}, 4096);
   ASSERT_TRUE(counters.has_value());
   EXPECT_EQ(counters->physicalMemoryBytes, 8'192'000'000u);
   EXPECT_EQ(counters->freePages, 250'000u);
@@ -102,7 +101,8 @@ TEST(MemoryPressureLevel, WarnsOnStallsOnlyWhenMemoryIsReallyTaken) {
       {"no PSI, under 10 % available", with(90, 900), std::nullopt, 2},
       {"no PSI, under 3 % available with swap left", with(20, 900), std::nullopt, 2},
       {"under 3 % available and swap nearly full", with(20, 50), std::nullopt, 4},
-      {"under 3 % available and no swap", Meminfo{.totalKB = 1000, .availableKB = 20}, std::nullopt, 4},
+      {"under 3 % available and no swap", Meminfo{.totalKB = 1000, .availableKB = 20}, std::nullopt,
+       4},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.why);
@@ -127,8 +127,9 @@ TEST(MemoryReader, ReadsTheGroupOrNothing) {
   testing::ScratchFolder root;
   root.write("proc/meminfo", meminfoText);
   root.write("proc/vmstat", "pswpin 123\npswpout 456\n");
-  root.write("proc/pressure/memory", "some avg10=12.50 avg60=0 avg300=0 total=1\n"
-                                     "full avg10=0.00 avg60=0 avg300=0 total=0\n");
+  root.write("proc/pressure/memory",
+             "some avg10=12.50 avg60=0 avg300=0 total=1\n"
+             "full avg10=0.00 avg60=0 avg300=0 total=0\n");
   root.write("sys/block/zram0/mm_stat", "16384 4096 8192000 0 8192000 0 0 0 0\n");
   root.write("sys/block/zram1/mm_stat", "");  // set up but never used
   const auto counters = MemoryReader::read(root / "proc", root / "sys", 4096);

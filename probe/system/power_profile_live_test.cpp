@@ -1,5 +1,3 @@
-#include "probe/system/power_profile.h"
-
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <spawn.h>
@@ -11,6 +9,7 @@
 #include <filesystem>
 #include <thread>
 
+#include "probe/system/power_profile.h"
 #include "testing/scratch_folder.h"
 
 extern char** environ;
@@ -23,10 +22,10 @@ class PrivateBus {
  public:
   explicit PrivateBus(const std::filesystem::path& folder) : socket_(folder / "bus") {
     const std::string listen = "--address=unix:path=" + socket_.string();
-    const char* argv[] = {"dbus-daemon", "--session", "--nofork", "--nopidfile", listen.c_str(),
-                          nullptr};
-    if (::posix_spawnp(&pid_, "dbus-daemon", nullptr, nullptr, const_cast<char**>(argv),
-                       environ) != 0) {
+    const char* argv[] = {"dbus-daemon", "--session",    "--nofork",
+                          "--nopidfile", listen.c_str(), nullptr};
+    if (::posix_spawnp(&pid_, "dbus-daemon", nullptr, nullptr, const_cast<char**>(argv), environ) !=
+        0) {
       pid_ = -1;
       return;
     }

@@ -90,8 +90,10 @@ std::uint64_t parseContextSwitches(std::string_view text) {
 ProcessIO parseProcessIO(std::string_view text) {
   ProcessIO io;
   forEachKeyValue(text, ':', [&](std::string_view key, std::string_view value) {
-    if (key == "read_bytes") io.readBytes = parseUnsigned(value).value_or(0);
-    else if (key == "write_bytes") io.writeBytes = parseUnsigned(value).value_or(0);
+    if (key == "read_bytes")
+      io.readBytes = parseUnsigned(value).value_or(0);
+    else if (key == "write_bytes")
+      io.writeBytes = parseUnsigned(value).value_or(0);
   });
   return io;
 }

@@ -18,7 +18,7 @@ struct ProcessStat {
   std::string_view comm{};
   char state = '?';
   std::int32_t parent = 0;
-  std::int64_t terminal = 0;      // tty_nr: 0 without a controlling terminal
+  std::int64_t terminal = 0;  // tty_nr: 0 without a controlling terminal
   std::uint64_t flags = 0;
   std::uint64_t minorFaults = 0;  // minflt
   std::uint64_t majorFaults = 0;  // majflt
@@ -37,7 +37,7 @@ struct ProcessStatus {
   std::uint64_t rssAnonKB = 0;
   std::uint64_t vmSwapKB = 0;
   std::uint64_t threads = 0;
-  std::uint64_t voluntarySwitches = 0;     // of the thread the file belongs to only
+  std::uint64_t voluntarySwitches = 0;  // of the thread the file belongs to only
   std::uint64_t involuntarySwitches = 0;
   friend bool operator==(const ProcessStatus&, const ProcessStatus&) = default;
 };

@@ -16,14 +16,14 @@ TEST(ParseProcessStat, CountsFieldsFromTheLastParenthesis) {
     std::string_view comm;
     std::uint64_t user, system, start;
   } cases[] = {
-      {"plain", "42 (bash) S 1 42 42 34816 42 4194560 1 2 3 4 150 50 0 0 20 0 1 0 5000 0\n",
-       "bash", 150, 50, 5000},
+      {"plain", "42 (bash) S 1 42 42 34816 42 4194560 1 2 3 4 150 50 0 0 20 0 1 0 5000 0\n", "bash",
+       150, 50, 5000},
       {"comm with spaces and \") (\"",
        "42 (a) (b c) S 1 42 42 0 42 4194560 1 2 3 4 7 8 0 0 20 0 1 0 9 0\n", "a) (b c", 7, 8, 9},
       {"no line end", "42 (x) R 1 1 1 0 1 0 0 0 0 0 1 2 0 0 20 0 1 0 3", "x", 1, 2, 3},
       {"truncated after the state", "42 (x) S", "x", 0, 0, 0},
-      {"a number that overflows", "42 (x) S 1 1 1 0 1 0 0 0 0 0 99999999999999999999999 2 0 0 20 0 1 0 3",
-       "x", 0, 2, 3},
+      {"a number that overflows",
+       "42 (x) S 1 1 1 0 1 0 0 0 0 0 99999999999999999999999 2 0 0 20 0 1 0 3", "x", 0, 2, 3},
       {"empty comm", "42 () S 1 1 1 0 1 0 0 0 0 0 5 6 0 0 20 0 1 0 3", "", 5, 6, 3},
   };
   for (const auto& c : cases) {
@@ -49,8 +49,11 @@ TEST(ParseProcessStatus, ReadsMemoryThreadsAndSwitchesAndToleratesDamage) {
   const auto status = parseProcessStatus(
       "Name:\tfirefox\nVmRSS:\t  416000 kB\nRssAnon:\t  190000 kB\nVmSwap:\t    2048 kB\n"
       "Threads:\t87\nvoluntary_ctxt_switches:\t1234\nnonvoluntary_ctxt_switches:\t56");
-  EXPECT_EQ(status, (ProcessStatus{.rssAnonKB = 190000, .vmSwapKB = 2048, .threads = 87,
-                                   .voluntarySwitches = 1234, .involuntarySwitches = 56}));
+  EXPECT_EQ(status, (ProcessStatus{.rssAnonKB = 190000,
+                                   .vmSwapKB = 2048,
+                                   .threads = 87,
+                                   .voluntarySwitches = 1234,
+                                   .involuntarySwitches = 56}));
   // A kernel thread has no memory lines; a damaged value reads as 0.
   EXPECT_EQ(parseProcessStatus("Name:\tkthreadd\nRssAnon:\t12x kB\nThreads:\t1\n"),
             (ProcessStatus{.threads = 1}));

@@ -5,18 +5,18 @@
 
 #include <algorithm>
 #include <charconv>
-#include <cstring>
 #include <cstdio>
+#include <cstring>
 #include <memory>
 
 #include "core/base/checked_math.h"
 #include "core/base/path_text.h"
 #include "core/monitor/macos_app_paths.h"
-#include "probe/system/cgroup_unit.h"
-#include "probe/system/cpu_reader.h"
 #include "probe/file_descriptor.h"
 #include "probe/key_value_text.h"
 #include "probe/proc_file.h"
+#include "probe/system/cgroup_unit.h"
+#include "probe/system/cpu_reader.h"
 #include "probe/text_number.h"
 
 namespace pellwin {
@@ -69,7 +69,8 @@ const char* ProcessReader::pidPath(std::int32_t pid, const char* file) {
   char* const end = pathBuffer_ + sizeof pathBuffer_;
   char* at = std::to_chars(pathBuffer_, end, pid).ptr;
   *at++ = '/';
-  const std::size_t length = std::min<std::size_t>(std::strlen(file), static_cast<std::size_t>(end - at) - 1);
+  const std::size_t length =
+      std::min<std::size_t>(std::strlen(file), static_cast<std::size_t>(end - at) - 1);
   std::memcpy(at, file, length);
   at[length] = '\0';
   return pathBuffer_;
@@ -93,7 +94,8 @@ std::vector<ProcessSample> ProcessReader::read(double now) {
     listProcesses(dir.get());
     samples.reserve(pids_.size());
     for (const auto& [pid, known] : pids_) {
-      const auto statText = readFileAt(procFd, pidPath(pid, "stat"), statBuffer_, ReadExtent::oneRecord);
+      const auto statText =
+          readFileAt(procFd, pidPath(pid, "stat"), statBuffer_, ReadExtent::oneRecord);
       if (!statText) continue;
       const auto stat = parseProcessStat(*statText);
       if (!stat) continue;
@@ -157,7 +159,8 @@ std::optional<ProcessReader::Usage> ProcessReader::readUsage(int procFd, std::in
       readFileAt(procFd, pidPath(pid, "status"), statusBuffer_, ReadExtent::oneRecord);
   if (!statusText) return std::nullopt;
   ProcessIO io;
-  if (const auto ioText = readFileAt(procFd, pidPath(pid, "io"), ioBuffer_, ReadExtent::oneRecord)) {
+  if (const auto ioText =
+          readFileAt(procFd, pidPath(pid, "io"), ioBuffer_, ReadExtent::oneRecord)) {
     io = parseProcessIO(*ioText);
   } else if (ioText.error().isGone() && ::faccessat(procFd, pidPath(pid, "stat"), F_OK, 0) != 0) {
     // Gone between stat and io. (A kernel without I/O accounting has no io file at all; its
@@ -216,8 +219,8 @@ void ProcessReader::makeIdentity(int procFd, std::int32_t pid, const ProcessStat
   if (fromMemory) facts.path.clear();
   facts.name = facts.path.empty() ? tracked.comm : std::string(lastPathComponent(facts.path));
   if (const auto boot = bootTime()) {
-    facts.startTime = *boot + static_cast<double>(stat.startTicks) /
-                                  static_cast<double>(ticksPerSecond_);
+    facts.startTime =
+        *boot + static_cast<double>(stat.startTicks) / static_cast<double>(ticksPerSecond_);
   }
   // Apps are known by their bundle, command-line programs by their command line.
   if (!facts.kernelThread && !MacosAppPaths::isInBundle(facts.path)) {
@@ -341,8 +344,8 @@ void ProcessReader::updateCounters(int procFd, std::int32_t pid, const ProcessSt
   // when the process used CPU since the last reading: an idle process cannot have woken up.
   std::uint64_t switches = tracked.rawSwitches;
   if (usage->status.threads <= 1) {
-    switches = checkedSum(usage->status.voluntarySwitches, usage->status.involuntarySwitches)
-                   .value_or(0);
+    switches =
+        checkedSum(usage->status.voluntarySwitches, usage->status.involuntarySwitches).value_or(0);
   } else if (ran) {
     switches = threadSwitches(procFd, pid);
   }

@@ -49,12 +49,12 @@ class ProcessReader {
  private:
   // What the reader keeps about one live process between readings.
   struct Tracked {
-    std::uint64_t startTicks = 0;  // with the pid, tells this process from a later one
-    std::string comm{};              // a change means the process ran exec
-    std::string executable{};        // the exe link as read, to tell a real exec from a rename
-    ProcessSample facts{};           // the identity fields; the counters are filled per reading
-    ProcessFacts appFacts{};         // what the app lookup was told
-    std::uint64_t appGeneration = 0; // the lookup's generation when it was asked
+    std::uint64_t startTicks = 0;     // with the pid, tells this process from a later one
+    std::string comm{};               // a change means the process ran exec
+    std::string executable{};         // the exe link as read, to tell a real exec from a rename
+    ProcessSample facts{};            // the identity fields; the counters are filled per reading
+    ProcessFacts appFacts{};          // what the app lookup was told
+    std::uint64_t appGeneration = 0;  // the lookup's generation when it was asked
     std::int32_t parent = 0;
     std::uint64_t listedRound = 0;
     std::uint64_t seenRound = 0;

@@ -32,17 +32,33 @@ struct ProcFolder {
 
 TEST(ProcessReader, ReadsEveryProcessWithItsCountersAndIdentity) {
   ProcFolder folder;
-  writeProcess(folder.root, {.pid = 100, .comm = "worker", .userTicks = 150, .systemTicks = 50,
-                             .startTicks = 5000, .rssAnonKB = 1000, .vmSwapKB = 24,
-                             .voluntary = 7, .involuntary = 3, .readBytes = 4096,
-                             .writeBytes = 8192, .exe = "/usr/bin/worker",
-                             .arguments = {"worker", "--fast"}, .cwd = "/home/user/src"});
+  writeProcess(folder.root, {.pid = 100,
+                             .comm = "worker",
+                             .userTicks = 150,
+                             .systemTicks = 50,
+                             .startTicks = 5000,
+                             .rssAnonKB = 1000,
+                             .vmSwapKB = 24,
+                             .voluntary = 7,
+                             .involuntary = 3,
+                             .readBytes = 4096,
+                             .writeBytes = 8192,
+                             .exe = "/usr/bin/worker",
+                             .arguments = {"worker", "--fast"},
+                             .cwd = "/home/user/src"});
   writeProcess(folder.root, {.pid = 200, .comm = "Web (Content) ) (x", .exe = ""});
   writeProcess(folder.root, {.pid = 300, .comm = "thing", .exe = "/opt/app/bin/thing (deleted)"});
-  writeProcess(folder.root, {.pid = 400, .comm = "memfd:sealed-91", .exe = "/memfd:sealed-91173221 (deleted)",
+  writeProcess(folder.root, {.pid = 400,
+                             .comm = "memfd:sealed-91",
+                             .exe = "/memfd:sealed-91173221 (deleted)",
                              .arguments = {"tools/backend", "--uid", "0"}});
-  writeProcess(folder.root, {.pid = 2, .comm = "kworker/0:1-events", .parent = 0,
-                             .flags = 0x00208040, .exe = "", .arguments = {}, .cwd = ""});
+  writeProcess(folder.root, {.pid = 2,
+                             .comm = "kworker/0:1-events",
+                             .parent = 0,
+                             .flags = 0x00208040,
+                             .exe = "",
+                             .arguments = {},
+                             .cwd = ""});
   folder.root.write("proc/self/stat", "not a process folder");
   folder.root.write("proc/sys/kernel", "");
 
@@ -88,17 +104,22 @@ TEST(ProcessReader, ReadsEveryProcessWithItsCountersAndIdentity) {
 
 TEST(ProcessReader, BadFilesLeaveFieldsAtDefaultsOrSkipTheProcess) {
   ProcFolder folder;
-  writeProcess(folder.root, {.pid = 10, .comm = "io-is-a-folder", .userTicks = 5, .readBytes = std::nullopt});
+  writeProcess(folder.root,
+               {.pid = 10, .comm = "io-is-a-folder", .userTicks = 5, .readBytes = std::nullopt});
   fs::create_directories(folder.root / "proc/10/io");
-  writeProcess(folder.root, {.pid = 11, .comm = "no-io-file", .rssAnonKB = 4, .readBytes = std::nullopt});
+  writeProcess(folder.root,
+               {.pid = 11, .comm = "no-io-file", .rssAnonKB = 4, .readBytes = std::nullopt});
   writeProcess(folder.root, {.pid = 12, .comm = "truncated-stat"});
   folder.root.write("proc/12/stat", "12 (truncated-stat) S 1");
   writeProcess(folder.root, {.pid = 13, .comm = "empty-stat"});
   folder.root.write("proc/13/stat", "");
   writeProcess(folder.root, {.pid = 14, .comm = "vanished"});
   fs::remove(folder.root / "proc/14/status");  // gone between stat and status
-  writeProcess(folder.root, {.pid = 15, .comm = "overflow", .userTicks = 18446744073709551615u,
-                             .systemTicks = 1, .rssAnonKB = 18446744073709551615u});
+  writeProcess(folder.root, {.pid = 15,
+                             .comm = "overflow",
+                             .userTicks = 18446744073709551615u,
+                             .systemTicks = 1,
+                             .rssAnonKB = 18446744073709551615u});
   writeProcess(folder.root, {.pid = 16, .comm = "damaged-status", .vmSwapKB = 8});
   folder.root.write("proc/16/status", "Name:\tx\nRssAnon:\t12x kB\nVmSwap:\t8 kB\n");
   writeProcess(folder.root, {.pid = 17, .comm = "empty-cmdline", .exe = "", .arguments = {}});
@@ -139,8 +160,12 @@ TEST(ProcessReader, BadFilesLeaveFieldsAtDefaultsOrSkipTheProcess) {
 
 TEST(ProcessReader, ReadsIdentityOncePerProcessLife) {
   ProcFolder folder;
-  FakeProcess p{.pid = 100, .comm = "worker", .userTicks = 1, .exe = "/usr/bin/worker",
-                .arguments = {"worker", "a"}, .cwd = "/first"};
+  FakeProcess p{.pid = 100,
+                .comm = "worker",
+                .userTicks = 1,
+                .exe = "/usr/bin/worker",
+                .arguments = {"worker", "a"},
+                .cwd = "/first"};
   writeProcess(folder.root, p);
   ProcessReader reader(folder.proc(), hz);
   ASSERT_EQ(reader.read(0).size(), 1u);
@@ -172,8 +197,12 @@ TEST(ProcessReader, ReadsIdentityOncePerProcessLife) {
   EXPECT_EQ(samples[0].arguments, (std::vector<std::string>{"tool", "x"}));
 
   // The pid reused by another process (another start time) gets a fresh identity.
-  FakeProcess reused{.pid = 100, .comm = "other", .startTicks = 9000, .exe = "/usr/bin/other",
-                     .arguments = {"other"}, .cwd = "/third"};
+  FakeProcess reused{.pid = 100,
+                     .comm = "other",
+                     .startTicks = 9000,
+                     .exe = "/usr/bin/other",
+                     .arguments = {"other"},
+                     .cwd = "/third"};
   writeProcess(folder.root, reused);
   samples = reader.read(8);
   EXPECT_EQ(samples[0].name, "other");
@@ -197,22 +226,23 @@ TEST(ProcessReader, ForgetsProcessesThatEnded) {
 TEST(ProcessReader, CountsAReapedChildsDiskBytesOnlyOnce) {
   ProcFolder folder;
   writeProcess(folder.root, {.pid = 10, .comm = "make", .readBytes = 1000, .writeBytes = 100});
-  writeProcess(folder.root, {.pid = 11, .comm = "cc", .parent = 10, .readBytes = 500, .writeBytes = 50});
+  writeProcess(folder.root,
+               {.pid = 11, .comm = "cc", .parent = 10, .readBytes = 500, .writeBytes = 50});
   ProcessReader reader(folder.proc(), hz);
   ASSERT_EQ(reader.read(0).size(), 2u);
 
   // The child ends; the kernel adds its totals to its parent's, which also did 100 bytes more.
   fs::remove_all(folder.root / "proc/11");
-  writeProcess(folder.root, {.pid = 10, .comm = "make", .userTicks = 1, .readBytes = 1600,
-                             .writeBytes = 150});
+  writeProcess(folder.root,
+               {.pid = 10, .comm = "make", .userTicks = 1, .readBytes = 1600, .writeBytes = 150});
   auto samples = reader.read(2);
   ASSERT_EQ(samples.size(), 1u);
   EXPECT_EQ(samples[0].diskReadBytes, 1100u);
   EXPECT_EQ(samples[0].diskWriteBytes, 100u);
 
   // Reported totals never go back, even if the parent's counters were read too early.
-  writeProcess(folder.root, {.pid = 10, .comm = "make", .userTicks = 2, .readBytes = 1500,
-                             .writeBytes = 150});
+  writeProcess(folder.root,
+               {.pid = 10, .comm = "make", .userTicks = 2, .readBytes = 1500, .writeBytes = 150});
   EXPECT_EQ(reader.read(4)[0].diskReadBytes, 1100u);
 }
 
@@ -312,9 +342,12 @@ TEST(ProcessReader, SumsWakeupsOverThreadsOnlyWhenTheProcessRan) {
 
 TEST(ProcessReader, KeepsTheBundleRulesForAppPaths) {
   ProcFolder folder;
-  writeProcess(folder.root, {.pid = 100, .exe = "/opt/Foo.app/Contents/MacOS/Foo",
-                             .arguments = {"Foo", "--x"}, .cwd = "/tmp"});
-  writeProcess(folder.root, {.pid = 101, .exe = "/var/code_sign_clone/abc/Bar",
+  writeProcess(folder.root, {.pid = 100,
+                             .exe = "/opt/Foo.app/Contents/MacOS/Foo",
+                             .arguments = {"Foo", "--x"},
+                             .cwd = "/tmp"});
+  writeProcess(folder.root, {.pid = 101,
+                             .exe = "/var/code_sign_clone/abc/Bar",
                              .arguments = {"/opt/Bar.app/Contents/MacOS/Bar"}});
   ProcessReader reader(folder.proc(), hz);
   const auto samples = reader.read(0);
@@ -328,15 +361,17 @@ TEST(ProcessReader, KeepsTheBundleRulesForAppPaths) {
 
 TEST(ProcessReader, NamesAppsOncePerLifeButFollowsAYoungProcessIntoItsScope) {
   ProcFolder folder;
-  folder.root.write("share/applications/org.gnome.TextEditor.desktop",
-                    "[Desktop Entry]\nType=Application\nName=Text Editor\nExec=gnome-text-editor\n");
+  folder.root.write(
+      "share/applications/org.gnome.TextEditor.desktop",
+      "[Desktop Entry]\nType=Application\nName=Text Editor\nExec=gnome-text-editor\n");
   folder.root.write("share/applications/org.gnome.Builder.desktop",
                     "[Desktop Entry]\nType=Application\nName=Builder\nExec=gnome-builder\n");
   BundleIdentifierCache apps(DesktopSources{.dataDirs = {folder.root / "share"}});
   ProcessReader reader(folder.proc(), hz, &apps);
   const std::string scope = "/user.slice/app.slice/app-gnome-org.gnome.TextEditor-77.scope";
   // Started at btime + 50 s; the launcher has not moved it into its scope yet.
-  FakeProcess editor{.pid = 300, .startTicks = 5000, .exe = "/usr/bin/tool", .cgroup = "/user.slice"};
+  FakeProcess editor{
+      .pid = 300, .startTicks = 5000, .exe = "/usr/bin/tool", .cgroup = "/user.slice"};
   writeProcess(folder.root, editor);
   FakeProcess old{.pid = 301, .startTicks = 100, .exe = "/usr/bin/other", .cgroup = scope};
   writeProcess(folder.root, old);
@@ -376,7 +411,8 @@ TEST(ProcessReader, AsksAgainAboutProcessesWithoutAppWhenAppsAreInstalled) {
   fs::create_directories(folder.root / "share/applications");
   BundleIdentifierCache apps(DesktopSources{.dataDirs = {folder.root / "share"}});
   ProcessReader reader(folder.proc(), hz, &apps);
-  writeProcess(folder.root, {.pid = 400, .comm = "gimp", .startTicks = 100, .exe = "/opt/gimp/gimp"});
+  writeProcess(folder.root,
+               {.pid = 400, .comm = "gimp", .startTicks = 100, .exe = "/opt/gimp/gimp"});
   EXPECT_FALSE(reader.read(1'700'001'000)[0].app.has_value());
   folder.root.write("share/applications/gimp.desktop",
                     "[Desktop Entry]\nType=Application\nName=GIMP\nExec=gimp\n");

@@ -5,20 +5,19 @@
 #include <chrono>
 #include <utility>
 
+#include "probe/proc_file.h"
 #include "probe/system/battery_reader.h"
 #include "probe/system/cpu_reader.h"
 #include "probe/system/low_power_mode.h"
 #include "probe/system/memory_reader.h"
 #include "probe/system/power_profile.h"
-#include "probe/proc_file.h"
 
 namespace pellwin {
 
 namespace {
 
 double systemClock() {
-  return std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch())
-      .count();
+  return std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch()).count();
 }
 
 std::uint64_t kernelPageSize() {
@@ -40,9 +39,8 @@ SystemReader::SystemReader(Roots roots, Options options)
     : roots_(std::move(roots)),
       clock_(options.clock ? std::move(options.clock) : Clock(systemClock)),
       pageSize_(options.pageSize > 0 ? options.pageSize : kernelPageSize()),
-      bundles_(DesktopSources{.dataDirs = roots_.dataDirs,
-                              .searchPath = roots_.searchPath,
-                              .locale = roots_.locale}),
+      bundles_(DesktopSources{
+          .dataDirs = roots_.dataDirs, .searchPath = roots_.searchPath, .locale = roots_.locale}),
       processes_(roots_.proc, options.ticksPerSecond, &bundles_),
       thermal_(roots_.sys) {}
 
@@ -120,8 +118,8 @@ bool SystemReader::lowPowerMode(double now) {
   // The daemon's profile when it runs (it sets the firmware's profile itself); the firmware's
   // when it does not.
   const auto profile = PowerProfile::activeProfile(roots_.systemBus);
-  const bool on = profile ? *profile == "power-saver"
-                          : LowPowerMode::platformProfileIsLowPower(roots_.sys);
+  const bool on =
+      profile ? *profile == "power-saver" : LowPowerMode::platformProfileIsLowPower(roots_.sys);
   lastLowPower_ = {on, now};
   return on;
 }

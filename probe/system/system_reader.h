@@ -42,7 +42,7 @@ class SystemReader {
   // Seconds since 1970. The default reads the system clock.
   using Clock = std::function<double()>;
   struct Options {
-    Clock clock{};                       // empty: the system clock
+    Clock clock{};                     // empty: the system clock
     std::uint64_t pageSize = 0;        // 0: the running kernel's
     std::uint64_t ticksPerSecond = 0;  // USER_HZ; 0: the running kernel's
   };

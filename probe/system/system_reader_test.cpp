@@ -50,8 +50,8 @@ struct Machine {
                                    .sys = root / "sys",
                                    .volume = root / "volume",
                                    .systemBus = "unix:path=" + (root / "no-bus").string()},
-               SystemReader::Options{.clock = [this] { return now; }, .pageSize = 4096,
-                                     .ticksPerSecond = 100}) {
+               SystemReader::Options{
+                   .clock = [this] { return now; }, .pageSize = 4096, .ticksPerSecond = 100}) {
     writeMachine(root);
   }
 };
@@ -76,7 +76,7 @@ TEST(SystemReader, FillsEveryGroupFromTheRoots) {
   EXPECT_EQ(sample.cpuTotalTicks, 621u);
   EXPECT_EQ(sample.coreCount, 2);
   EXPECT_GT(sample.diskTotalBytes, 0u);
-  EXPECT_EQ(sample.diskReadBytes, 2000u * 512);   // the disk, not its partition
+  EXPECT_EQ(sample.diskReadBytes, 2000u * 512);  // the disk, not its partition
   EXPECT_EQ(sample.diskWriteBytes, 4000u * 512);
   EXPECT_EQ(sample.thermal, ThermalLevel::fair);  // within 10 °C of passive
   EXPECT_TRUE(sample.lowPowerMode);
@@ -95,9 +95,8 @@ TEST(SystemReader, AFailedGroupKeepsItsDefaultsAndTheOthersStillRead) {
   fs::remove_all(machine.root / "volume");
   const SystemSample sample = machine.reader.read();
 
-  EXPECT_EQ(sample.unavailable,
-            (std::set<Resource>{Resource::memory, Resource::cpu, Resource::diskSpace,
-                                Resource::diskActivity}));
+  EXPECT_EQ(sample.unavailable, (std::set<Resource>{Resource::memory, Resource::cpu,
+                                                    Resource::diskSpace, Resource::diskActivity}));
   const SystemSample fresh = SystemSample::at(machine.now);
   EXPECT_EQ(sample.physicalMemoryBytes, 0u);
   EXPECT_EQ(sample.pageSize, 16384u);
@@ -128,8 +127,8 @@ TEST(SystemReader, AsksForDiskSpaceAtMostEveryThirtySeconds) {
   EXPECT_TRUE(spaceRead(1001));  // a failure kept nothing: the next reading asks again
 
   fs::remove_all(machine.root / "volume");
-  EXPECT_TRUE(spaceRead(1030.9));   // under 30 s old: the figures stand unasked
-  EXPECT_FALSE(spaceRead(1031));    // 30 s: asked again, and the volume is gone
+  EXPECT_TRUE(spaceRead(1030.9));  // under 30 s old: the figures stand unasked
+  EXPECT_FALSE(spaceRead(1031));   // 30 s: asked again, and the volume is gone
 
   fs::create_directories(machine.root / "volume");
   EXPECT_TRUE(spaceRead(1040));

@@ -40,7 +40,8 @@ std::string lowercase(std::string text) {
 // chipset, drives, and the INT3400 placeholder zone that reports a fixed 20 °C.
 bool cpuRelevantZone(const std::string& type) {
   const std::string t = lowercase(type);
-  for (const std::string_view other : {"iwlwifi", "wifi", "ath1", "bat", "int3400", "pch", "nvme"}) {
+  for (const std::string_view other :
+       {"iwlwifi", "wifi", "ath1", "bat", "int3400", "pch", "nvme"}) {
     if (t.find(other) != std::string::npos) return false;
   }
   return true;
@@ -73,9 +74,11 @@ ThermalSensor zoneLimits(const std::filesystem::path& zone) {
     const auto temperature = number(zone / (prefix + "temp"));
     // Disabled trips read as a negative or absurdly high value on some firmware.
     if (!temperature || *temperature <= 0) continue;
-    if (*type == "passive") limits.passive = std::min(limits.passive.value_or(*temperature), *temperature);
+    if (*type == "passive")
+      limits.passive = std::min(limits.passive.value_or(*temperature), *temperature);
     if (*type == "hot") limits.hot = std::min(limits.hot.value_or(*temperature), *temperature);
-    if (*type == "critical") limits.critical = std::min(limits.critical.value_or(*temperature), *temperature);
+    if (*type == "critical")
+      limits.critical = std::min(limits.critical.value_or(*temperature), *temperature);
     if (*type == "active") limits.activeTrips.push_back(*temperature);
   }
   std::sort(limits.activeTrips.begin(), limits.activeTrips.end());
@@ -112,10 +115,11 @@ void ThermalReader::discover() {
   // Intel only; AMD, ARM and virtual machines have no such counters.
   throttleCounters_.clear();
   for (const auto& cpu : listFolder(sysRoot_ / "devices/system/cpu")) {
-    for (const char* counter : {"thermal_throttle/core_throttle_count",
-                                "thermal_throttle/package_throttle_count"}) {
+    for (const char* counter :
+         {"thermal_throttle/core_throttle_count", "thermal_throttle/package_throttle_count"}) {
       std::error_code missing;
-      if (std::filesystem::exists(cpu / counter, missing)) throttleCounters_.push_back(cpu / counter);
+      if (std::filesystem::exists(cpu / counter, missing))
+        throttleCounters_.push_back(cpu / counter);
     }
   }
   for (const auto& hwmon : listFolder(sysRoot_ / "class/hwmon")) {

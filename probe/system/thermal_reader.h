@@ -17,11 +17,11 @@ namespace pellwin {
 // One temperature sensor with its limits, in millidegrees Celsius.
 struct ThermalSensor {
   std::int64_t temperature = 0;
-  std::optional<std::int64_t> passive{};   // the kernel starts throttling here
+  std::optional<std::int64_t> passive{};  // the kernel starts throttling here
   std::optional<std::int64_t> hot{};
-  std::optional<std::int64_t> critical{};  // emergency shutdown
-  std::optional<std::int64_t> max{};       // hwmon's high limit
-  std::vector<std::int64_t> activeTrips{}; // fan stages, ascending
+  std::optional<std::int64_t> critical{};   // emergency shutdown
+  std::optional<std::int64_t> max{};        // hwmon's high limit
+  std::vector<std::int64_t> activeTrips{};  // fan stages, ascending
   bool criticalAlarm = false;
   friend bool operator==(const ThermalSensor&, const ThermalSensor&) = default;
 };
