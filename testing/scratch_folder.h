@@ -2,12 +2,14 @@
 // Test support only: production code never includes it.
 #pragma once
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace pellwin::testing {
 
@@ -55,6 +57,23 @@ class ScratchFolder {
 inline std::string fileBytes(const std::filesystem::path& path) {
   std::ifstream in(path, std::ios::binary);
   return std::string(std::istreambuf_iterator<char>(in), {});
+}
+
+// Every path under `root`, links not followed, with a file's size: enough to see that a run
+// left nothing behind and changed nothing.
+inline std::vector<std::string> inventory(const std::string& root) {
+  std::vector<std::string> found;
+  std::error_code error;
+  if (!std::filesystem::exists(root, error)) return found;
+  for (auto it = std::filesystem::recursive_directory_iterator(root, error);
+       it != std::filesystem::recursive_directory_iterator(); it.increment(error)) {
+    const auto status = it->symlink_status(error);
+    found.push_back(it->path().string() + (std::filesystem::is_regular_file(status)
+                                               ? " " + std::to_string(it->file_size(error))
+                                               : ""));
+  }
+  std::ranges::sort(found);
+  return found;
 }
 
 }  // namespace pellwin::testing

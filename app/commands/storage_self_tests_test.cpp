@@ -8,29 +8,14 @@
 #include <filesystem>
 #include <sstream>
 
+#include "testing/scratch_folder.h"
 #include "testing/trash_test_support.h"
 
 namespace pellwin {
 namespace {
 
 namespace fs = std::filesystem;
-
-// Every path under `root`, links not followed, with a file's size: enough to see that a run
-// left nothing behind and changed nothing.
-std::vector<std::string> inventory(const std::string& root) {
-  std::vector<std::string> found;
-  std::error_code error;
-  if (!fs::exists(root, error)) return found;
-  for (auto it = fs::recursive_directory_iterator(root, error);
-       it != fs::recursive_directory_iterator(); it.increment(error)) {
-    const auto status = it->symlink_status(error);
-    found.push_back(it->path().string() + (fs::is_regular_file(status)
-                                               ? " " + std::to_string(it->file_size(error))
-                                               : ""));
-  }
-  std::ranges::sort(found);
-  return found;
-}
+using testing::inventory;
 
 TEST(TrashSelfTest, PassesOnAFreshHomeAndLeavesNoTraceNotEvenATrash) {
   testing::ScratchHome scratch;
