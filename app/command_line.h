@@ -20,7 +20,7 @@ enum class CommandKind {
   windowed,           // nothing matched: the tray app
 };
 
-constexpr EnumTable<CommandKind::windowed> textTable(CommandKind) {
+[[nodiscard]] constexpr EnumTable<CommandKind::windowed> textTable(CommandKind) {
   return {{
       {CommandKind::check, "check"},
       {CommandKind::checkStorage, "checkStorage"},

@@ -16,7 +16,7 @@ namespace pellwin {
 // Raw values are the table names; this order is the order of clearing and counting.
 enum class HistoryTable { samples, minutes, minuteApps, days, episodes, alerts, cleans };
 
-constexpr EnumTable<HistoryTable::cleans> textTable(HistoryTable) {
+[[nodiscard]] constexpr EnumTable<HistoryTable::cleans> textTable(HistoryTable) {
   return {{
       {HistoryTable::samples, "samples"},
       {HistoryTable::minutes, "minutes"},

@@ -86,7 +86,7 @@ class CleanerModel {
   std::thread worker_;
 };
 
-constexpr EnumTable<CleanerModel::Phase::done> textTable(CleanerModel::Phase) {
+[[nodiscard]] constexpr EnumTable<CleanerModel::Phase::done> textTable(CleanerModel::Phase) {
   using enum CleanerModel::Phase;
   return {{
       {idle, "idle"},

@@ -13,7 +13,7 @@ namespace pellwin {
 
 enum class DataFolderMove { move, nothingToMove, keepBoth };
 
-constexpr EnumTable<DataFolderMove::keepBoth> textTable(DataFolderMove) {
+[[nodiscard]] constexpr EnumTable<DataFolderMove::keepBoth> textTable(DataFolderMove) {
   return {{
       {DataFolderMove::move, "move"},
       {DataFolderMove::nothingToMove, "nothingToMove"},

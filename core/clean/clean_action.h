@@ -12,7 +12,7 @@ namespace pellwin {
 // `delete_` stands for the text form "delete", which C++ keeps as a keyword.
 enum class CleanAction { delete_, trash };
 
-constexpr EnumTable<CleanAction::trash> textTable(CleanAction) {
+[[nodiscard]] constexpr EnumTable<CleanAction::trash> textTable(CleanAction) {
   return {{
       {CleanAction::delete_, "delete"},
       {CleanAction::trash, "trash"},

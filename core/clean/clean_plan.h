@@ -21,7 +21,7 @@ using CleanTicks = std::set<std::string>;
 
 enum class CleanTickState { all, some, none };
 
-constexpr EnumTable<CleanTickState::none> textTable(CleanTickState) {
+[[nodiscard]] constexpr EnumTable<CleanTickState::none> textTable(CleanTickState) {
   return {{
       {CleanTickState::all, "all"},
       {CleanTickState::some, "some"},

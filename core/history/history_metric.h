@@ -26,7 +26,7 @@ enum class HistoryMetric {
   thermal,      // thermal level 0 to 3
 };
 
-constexpr EnumTable<HistoryMetric::thermal> textTable(HistoryMetric) {
+[[nodiscard]] constexpr EnumTable<HistoryMetric::thermal> textTable(HistoryMetric) {
   return {{
       {HistoryMetric::memoryUsed, "memoryUsed"},
       {HistoryMetric::compressed, "compressed"},

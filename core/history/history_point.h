@@ -16,7 +16,7 @@ namespace pellwin {
 
 enum class HistoryRange { hour, day, week, month };
 
-constexpr EnumTable<HistoryRange::month> textTable(HistoryRange) {
+[[nodiscard]] constexpr EnumTable<HistoryRange::month> textTable(HistoryRange) {
   return {{
       {HistoryRange::hour, "hour"},
       {HistoryRange::day, "day"},

@@ -32,7 +32,7 @@ struct MinuteRow {
 // The measure an app was ranked by. Raw values are the stored ordinals.
 enum class AppRank { cpu = 0, memory = 1 };
 
-constexpr EnumTable<AppRank::memory> textTable(AppRank) {
+[[nodiscard]] constexpr EnumTable<AppRank::memory> textTable(AppRank) {
   return {{
       {AppRank::cpu, "cpu"},
       {AppRank::memory, "memory"},

@@ -20,7 +20,7 @@ enum class AppCategory {
 };
 
 // The texts are the headings; the raw values are the ordinals.
-constexpr EnumTable<AppCategory::other> textTable(AppCategory) {
+[[nodiscard]] constexpr EnumTable<AppCategory::other> textTable(AppCategory) {
   return {{
       {AppCategory::browsers, "Browsers"},
       {AppCategory::developer, "Developer tools"},

@@ -14,7 +14,7 @@ namespace pellwin {
 // Declaration order is display order and the precedence between equally bad resources.
 enum class Resource { memory, cpu, diskSpace, diskActivity, heat };
 
-constexpr EnumTable<Resource::heat> textTable(Resource) {
+[[nodiscard]] constexpr EnumTable<Resource::heat> textTable(Resource) {
   return {{
       {Resource::memory, "memory"},
       {Resource::cpu, "cpu"},
@@ -39,7 +39,7 @@ inline constexpr auto allResources = enumCases<Resource>();
 enum class Health { ok = 0, strain = 1, problem = 2 };
 
 // The texts are the labels; the raw values are the ordinals.
-constexpr EnumTable<Health::problem> textTable(Health) {
+[[nodiscard]] constexpr EnumTable<Health::problem> textTable(Health) {
   return {{
       {Health::ok, "Healthy"},
       {Health::strain, "Getting busy"},
@@ -57,7 +57,7 @@ constexpr EnumTable<Health::problem> textTable(Health) {
 enum class ThermalLevel { nominal = 0, fair = 1, serious = 2, critical = 3 };
 
 // The texts are the labels; the raw values are the ordinals.
-constexpr EnumTable<ThermalLevel::critical> textTable(ThermalLevel) {
+[[nodiscard]] constexpr EnumTable<ThermalLevel::critical> textTable(ThermalLevel) {
   return {{
       {ThermalLevel::nominal, "Normal"},
       {ThermalLevel::fair, "Warm"},

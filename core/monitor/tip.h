@@ -12,7 +12,7 @@ namespace pellwin {
 
 enum class TipKind { longUptime, idleSwap, lowPowerMode };
 
-constexpr EnumTable<TipKind::lowPowerMode> textTable(TipKind) {
+[[nodiscard]] constexpr EnumTable<TipKind::lowPowerMode> textTable(TipKind) {
   return {{
       {TipKind::longUptime, "longUptime"},
       {TipKind::idleSwap, "idleSwap"},

@@ -18,9 +18,9 @@ namespace pellwin::FolderCatalog {
 [[nodiscard]] std::span<const FolderEntry> macosRows();
 
 // A row as the tables spell it.
-constexpr FolderEntry row(std::string_view path, StorageCategory category,
-                          std::string_view explanation, bool cleanable = false,
-                          bool anywhere = false) {
+[[nodiscard]] constexpr FolderEntry row(std::string_view path, StorageCategory category,
+                                        std::string_view explanation, bool cleanable = false,
+                                        bool anywhere = false) {
   return {.path = path,
           .explanation = explanation,
           .category = category,

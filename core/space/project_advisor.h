@@ -43,7 +43,7 @@ enum class Kind {
   flutter,
 };
 
-constexpr EnumTable<Kind::flutter> textTable(Kind) {
+[[nodiscard]] constexpr EnumTable<Kind::flutter> textTable(Kind) {
   using enum Kind;
   return {{
       {reactNative, "reactNative"},

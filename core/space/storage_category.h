@@ -11,7 +11,7 @@ namespace pellwin {
 // Declaration order is display order; raw values are the case names (stored in the scan cache).
 enum class StorageCategory { appData, developer, yourFiles, system, other };
 
-constexpr EnumTable<StorageCategory::other> textTable(StorageCategory) {
+[[nodiscard]] constexpr EnumTable<StorageCategory::other> textTable(StorageCategory) {
   return {{
       {StorageCategory::appData, "appData"},
       {StorageCategory::developer, "developer"},

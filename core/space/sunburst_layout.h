@@ -21,7 +21,7 @@ enum class SunburstKind {
   other,  // children too thin to draw, merged
 };
 
-constexpr EnumTable<SunburstKind::other> textTable(SunburstKind) {
+[[nodiscard]] constexpr EnumTable<SunburstKind::other> textTable(SunburstKind) {
   return {{
       {SunburstKind::node, "node"},
       {SunburstKind::rest, "rest"},

@@ -38,7 +38,8 @@ struct TrashResult {
   friend bool operator==(const TrashResult&, const TrashResult&) = default;
 };
 
-constexpr EnumTable<TrashResult::Outcome::alreadyGone> textTable(TrashResult::Outcome) {
+[[nodiscard]] constexpr EnumTable<TrashResult::Outcome::alreadyGone> textTable(
+    TrashResult::Outcome) {
   using enum TrashResult::Outcome;
   return {{
       {moved, "moved"},

@@ -16,7 +16,7 @@ namespace FullDiskAccess {
 
 enum class State { granted, denied, unknown };
 
-constexpr EnumTable<State::unknown> textTable(State) {
+[[nodiscard]] constexpr EnumTable<State::unknown> textTable(State) {
   return {{
       {State::granted, "granted"},
       {State::denied, "denied"},
