@@ -6,9 +6,9 @@
 
 namespace pellwin {
 
-SystemError SystemError::fromErrno(std::string operation, std::string path) {
+SystemError SystemError::fromErrno(std::string_view operation, std::string_view path) {
   const int code = errno;
-  return {.operation = std::move(operation), .path = std::move(path), .code = code, .target = {}};
+  return {.operation = std::string(operation), .path = std::string(path), .code = code};
 }
 
 bool SystemError::isGone() const { return code == ENOENT || code == ESRCH; }

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 namespace pellwin {
 
@@ -18,8 +19,10 @@ struct SystemError {
   friend bool operator==(const SystemError&, const SystemError&) = default;
 
   // The errno of the call that has just failed, naming `path`. Call it straight after that
-  // call, before anything else can change errno.
-  [[nodiscard]] static SystemError fromErrno(std::string operation, std::string path);
+  // call, with arguments that are already built: errno is read before anything is copied, but
+  // a path computed in the argument list (which may allocate, and so touch errno) is built
+  // first. Where the path must be computed, read errno into `code` yourself first.
+  [[nodiscard]] static SystemError fromErrno(std::string_view operation, std::string_view path);
 
   // ENOENT or ESRCH: the file, or the process behind it, is not there. That is a normal
   // outcome for something that vanished meanwhile, not a failure.

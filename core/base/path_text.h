@@ -2,6 +2,7 @@
 // path, a command's first word, a folder in the size tree. Nothing here touches the disk.
 #pragma once
 
+#include <string>
 #include <string_view>
 
 namespace pellwin {
@@ -13,6 +14,17 @@ namespace pellwin {
   if (path == "/") return path;
   const auto slash = path.rfind('/');
   return slash == std::string_view::npos ? path : path.substr(slash + 1);
+}
+
+// `name` inside `folder`, with exactly one "/" between them: "/" and "a" give "/a", "/x/" and
+// "a" give "/x/a". An empty folder stands for the root.
+[[nodiscard]] inline std::string joinedPath(std::string_view folder, std::string_view name) {
+  std::string path;
+  path.reserve(folder.size() + 1 + name.size());
+  path += folder;
+  if (path.empty() || path.back() != '/') path += '/';
+  path += name;
+  return path;
 }
 
 }  // namespace pellwin

@@ -26,5 +26,12 @@ TEST(LastPathComponent, NamesWhatFollowsTheLastSlashWhateverTheSpelling) {
   }
 }
 
+TEST(JoinedPath, PutsExactlyOneSlashBetweenFolderAndName) {
+  EXPECT_EQ(joinedPath("/home/me", "a b"), "/home/me/a b");
+  EXPECT_EQ(joinedPath("/home/me/", "a"), "/home/me/a");
+  EXPECT_EQ(joinedPath("/", "home"), "/home");
+  EXPECT_EQ(joinedPath("", "home"), "/home");
+}
+
 }  // namespace
 }  // namespace pellwin

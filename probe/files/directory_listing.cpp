@@ -11,6 +11,7 @@
 #include <optional>
 #include <utility>
 
+#include "core/base/path_text.h"
 #include "probe/files/folder_walk.h"
 
 namespace pellwin {
@@ -43,15 +44,6 @@ DirectoryEntry DirectoryEntry::from(std::string_view name, const struct stat& in
 
 namespace DirectoryListing {
 
-namespace {
-std::string entryPath(const std::string& folderPath, std::string_view name) {
-  std::string path = folderPath;
-  if (path.empty() || path.back() != '/') path += '/';
-  path += name;
-  return path;
-}
-}  // namespace
-
 std::expected<void, SystemError> read(
     int folderFd, const std::string& folderPath, std::vector<char>& buffer,
     const std::function<void(std::string_view name, const struct stat& info)>& each) {
@@ -72,8 +64,10 @@ std::expected<void, SystemError> read(
       if (::fstatat(folderFd, record->d_name, &info, AT_SYMLINK_NOFOLLOW) != 0) {
         // A folder that may be read but not searched (r without x) lists every name and
         // lets none be examined: EACCES here, not at the open.
-        if (errno != ENOENT && !passedOver) {
-          passedOver = SystemError::fromErrno("lstat", entryPath(folderPath, name));
+        const int code = errno;
+        if (code != ENOENT && !passedOver) {
+          passedOver =
+              SystemError{.operation = "lstat", .path = joinedPath(folderPath, name), .code = code};
         }
         continue;
       }

@@ -34,15 +34,6 @@ std::string displayPath(std::string_view path, const std::optional<std::string>&
 
 namespace {
 
-std::string joined(const std::string& folder, std::string_view name) {
-  std::string path;
-  path.reserve(folder.size() + 1 + name.size());
-  path += folder;
-  if (path.empty() || path.back() != '/') path += '/';
-  path += name;
-  return path;
-}
-
 struct FileKey {
   std::uint64_t device = 0;
   std::uint64_t inode = 0;
@@ -302,7 +293,7 @@ void Walk::countFile(Frame& frame, const Listed& entry) {
     return;
   }
   const std::string_view name(frame.names.data() + entry.nameOffset, entry.nameLength);
-  std::string shown = displayPath(joined(frame.path, name), stripPrefix_);
+  std::string shown = displayPath(joinedPath(frame.path, name), stripPrefix_);
   frame.node.children.push_back({.name = std::string(name),
                                  .path = std::move(shown),
                                  .bytes = entry.bytes,
@@ -326,7 +317,7 @@ void Walk::handle(Frame& frame, const Listed& entry) {
   }
   bytes_ = checkedAdd(bytes_, entry.bytes, "scanned bytes");
   const std::string_view name(frame.names.data() + entry.nameOffset, entry.nameLength);
-  std::string path = joined(frame.path, name);
+  std::string path = joinedPath(frame.path, name);
   if (frame.lost) {
     attach(frame, lockedNode(path, entry.lastUsed));
     return;

@@ -386,12 +386,17 @@ std::expected<void, std::string> FreedesktopTrash::erase(const Entry& entry) {
   if (!trash.valid()) return itemFailure(SystemError::fromErrno("open", entry.trashDirectory));
   FileDescriptor files(
       ::openat(trash.get(), "files", O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
-  if (!files.valid())
-    return itemFailure(SystemError::fromErrno("open", entry.trashDirectory + "/files"));
+  if (!files.valid()) {
+    const int code = errno;
+    return itemFailure(
+        {.operation = "open", .path = entry.trashDirectory + "/files", .code = code});
+  }
   if (auto removed = removeTree(files.get(), entry.name); !removed) return removed;
   const std::string infoName = "info/" + entry.name + std::string(infoExtension);
   if (::unlinkat(trash.get(), infoName.c_str(), 0) != 0 && errno != ENOENT) {
-    return itemFailure(SystemError::fromErrno("unlink", entry.trashDirectory + "/" + infoName));
+    const int code = errno;
+    return itemFailure(
+        {.operation = "unlink", .path = entry.trashDirectory + "/" + infoName, .code = code});
   }
   auto sizes = TrashInfo::parseDirectorySizes(readAll(trash.get(), std::string(sizesFile).c_str()));
   if (std::erase_if(sizes, [&](const auto& line) { return line.name == entry.name; }) > 0) {
