@@ -17,18 +17,15 @@ TEST(SystemError, ReadsErrnoOnceRightAfterTheFailedCall) {
                                 .code = ENOENT,
                                 .target = {}}));
   EXPECT_TRUE(error.isGone());
-  EXPECT_FALSE(
-      (SystemError{.operation = "open", .path = "/x", .code = EACCES, .target = {}}).isGone());
+  EXPECT_FALSE((SystemError{.operation = "open", .path = "/x", .code = EACCES}).isGone());
 }
 
 TEST(SystemError, SaysWhatUsersAlreadyReadInEachWording) {
-  const SystemError denied{
-      .operation = "write", .path = "/d/map.json.x1", .code = EACCES, .target = {}};
+  const SystemError denied{.operation = "write", .path = "/d/map.json.x1", .code = EACCES};
   const SystemError renamed{
       .operation = "rename", .path = "/a/Old", .code = EACCES, .target = "/a/New"};
-  const SystemError replaced{
-      .operation = "replace", .path = "/d/map.json", .code = EROFS, .target = {}};
-  const SystemError crossDisk{.operation = "trash", .path = "/mnt/x", .code = EXDEV, .target = {}};
+  const SystemError replaced{.operation = "replace", .path = "/d/map.json", .code = EROFS};
+  const SystemError crossDisk{.operation = "trash", .path = "/mnt/x", .code = EXDEV};
   const SystemError renameCrossDisk{
       .operation = "rename", .path = "/a", .code = EXDEV, .target = "/b"};
   const struct {

@@ -15,8 +15,8 @@ namespace pellwin {
 std::expected<FileDescriptor, SystemError> openFolderWithoutLinks(std::string_view absolutePath,
                                                                   int lastFlags) {
   if (absolutePath.empty() || absolutePath.front() != '/') {
-    return std::unexpected(SystemError{
-        .operation = "open", .path = std::string(absolutePath), .code = EINVAL, .target = {}});
+    return std::unexpected(
+        SystemError{.operation = "open", .path = std::string(absolutePath), .code = EINVAL});
   }
   std::vector<std::string> parts;
   for (std::size_t start = 0; start < absolutePath.size();) {
@@ -90,8 +90,7 @@ std::expected<std::vector<std::string>, SystemError> readNames(int folderFd,
   const int error = errno;
   ::closedir(stream);
   if (error != 0) {
-    return std::unexpected(
-        SystemError{.operation = "read", .path = path, .code = error, .target = {}});
+    return std::unexpected(SystemError{.operation = "read", .path = path, .code = error});
   }
   return names;
 }
@@ -155,7 +154,7 @@ std::expected<void, SystemError> walkFolder(int rootFd, const FolderWalkVisitor&
       if (::fstat(child.get(), &opened) != 0 ||
           !sameFile(opened, next.info.st_dev, next.info.st_ino)) {
         // A folder replaced between listing and opening is not the one that was judged.
-        const SystemError replaced{.operation = "open", .path = path, .code = ESTALE, .target = {}};
+        const SystemError replaced{.operation = "open", .path = path, .code = ESTALE};
         if (reportFailure(visitor, replaced) == WalkStep::stop) return {};
         continue;
       }
@@ -181,8 +180,7 @@ std::expected<void, SystemError> walkFolder(int rootFd, const FolderWalkVisitor&
     if (::fstat(parent.get(), &parentInfo) != 0)
       return std::unexpected(SystemError::fromErrno("stat", up));
     if (!sameFile(parentInfo, stack.back().device, stack.back().inode)) {
-      return std::unexpected(
-          SystemError{.operation = "open", .path = up, .code = ESTALE, .target = {}});
+      return std::unexpected(SystemError{.operation = "open", .path = up, .code = ESTALE});
     }
     current = std::move(parent);
     if (visitor.leave &&

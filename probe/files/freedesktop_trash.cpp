@@ -50,8 +50,7 @@ std::expected<FileDescriptor, SystemError> trashFolder(int parentFd, const char*
   if (::fstatat(parentFd, name, &info, AT_SYMLINK_NOFOLLOW) != 0)
     return std::unexpected(SystemError::fromErrno("lstat", path));
   const auto refused = [&](int code) {
-    return std::unexpected(
-        SystemError{.operation = "open", .path = path, .code = code, .target = {}});
+    return std::unexpected(SystemError{.operation = "open", .path = path, .code = code});
   };
   if (!S_ISDIR(info.st_mode)) return refused(ENOTDIR);
   if (owner && info.st_uid != *owner) return refused(EPERM);
@@ -80,8 +79,7 @@ std::expected<void, SystemError> makeFolders(const std::string& path) {
   struct stat info {};
   if (::stat(path.c_str(), &info) == 0) {
     if (S_ISDIR(info.st_mode)) return {};
-    return std::unexpected(
-        SystemError{.operation = "mkdir", .path = path, .code = ENOTDIR, .target = {}});
+    return std::unexpected(SystemError{.operation = "mkdir", .path = path, .code = ENOTDIR});
   }
   if (path != "/") {
     if (auto made = makeFolders(parentOf(path)); !made) return made;
@@ -241,16 +239,14 @@ std::expected<std::string, SystemError> placeInTrash(const OpenTrash& trash, con
     const int closed = ::close(info.release());
     if (!written || closed != 0) {
       ::unlinkat(trash.info.get(), infoName.c_str(), 0);
-      return std::unexpected(
-          SystemError{.operation = "write", .path = infoFile, .code = EIO, .target = {}});
+      return std::unexpected(SystemError{.operation = "write", .path = infoFile, .code = EIO});
     }
     auto moved = moveItem(item, trash.files.get(), candidate);
     if (moved) return candidate;
     ::unlinkat(trash.info.get(), infoName.c_str(), 0);
     if (moved.error().code != EEXIST) return std::unexpected(std::move(moved.error()));
   }
-  return std::unexpected(
-      SystemError{.operation = "trash", .path = item.path, .code = EEXIST, .target = {}});
+  return std::unexpected(SystemError{.operation = "trash", .path = item.path, .code = EEXIST});
 }
 
 // A failure of moving or erasing an item, told by its reason alone: the words around it name
@@ -296,7 +292,7 @@ std::string FreedesktopTrash::mountTop(const std::string& path) {
 std::expected<FreedesktopTrash::Entry, std::string> FreedesktopTrash::moveToTrash(
     const std::string& path) const {
   if (path.empty() || path.front() != '/' || path == "/")
-    return itemFailure({.operation = "trash", .path = path, .code = EINVAL, .target = {}});
+    return itemFailure({.operation = "trash", .path = path, .code = EINVAL});
   // Trashing the trash, or a folder around it, would lose track of everything in it.
   if (char* real = ::realpath(homeTrash().c_str(), nullptr); real != nullptr) {
     const std::string trash = real;
@@ -322,8 +318,7 @@ std::expected<FreedesktopTrash::Entry, std::string> FreedesktopTrash::moveToTras
     const std::string topdir = mountTop(parent);
     auto trash = openVolumeTrash(topdir, uid_);
     // Why the volume's trash could not be used matters less than that the item stays put.
-    if (!trash)
-      return itemFailure({.operation = "trash", .path = path, .code = EXDEV, .target = {}});
+    if (!trash) return itemFailure({.operation = "trash", .path = path, .code = EXDEV});
     const std::string relative = path.substr(topdir == "/" ? 1 : topdir.size() + 1);
     auto placed = placeInTrash(*trash, item, relative, date);
     if (!placed) return itemFailure(placed.error());
@@ -380,7 +375,7 @@ std::vector<FreedesktopTrash::Entry> FreedesktopTrash::entries(const std::string
 std::expected<void, std::string> FreedesktopTrash::erase(const Entry& entry) {
   if (entry.name.empty() || entry.name.find('/') != std::string::npos || entry.name == "." ||
       entry.name == "..") {
-    return itemFailure({.operation = "unlink", .path = entry.name, .code = EINVAL, .target = {}});
+    return itemFailure({.operation = "unlink", .path = entry.name, .code = EINVAL});
   }
   FileDescriptor trash(::open(entry.trashDirectory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   if (!trash.valid()) return itemFailure(SystemError::fromErrno("open", entry.trashDirectory));

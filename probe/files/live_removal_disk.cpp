@@ -68,8 +68,8 @@ std::expected<void, std::string> LiveRemovalDisk::moveToTrash(const std::string&
 std::expected<void, std::string> LiveRemovalDisk::removeForGood(const std::string& path) {
   const std::size_t slash = path.rfind('/');
   if (path.empty() || path.front() != '/' || slash + 1 >= path.size()) {
-    return std::unexpected(sentence(
-        {.operation = "unlink", .path = path, .code = EINVAL, .target = {}}, ErrorWording::reason));
+    return std::unexpected(
+        sentence({.operation = "unlink", .path = path, .code = EINVAL}, ErrorWording::reason));
   }
   auto parent = openFolderWithoutLinks(slash == 0 ? "/" : path.substr(0, slash), O_PATH);
   if (!parent) return std::unexpected(sentence(parent.error(), ErrorWording::reason));

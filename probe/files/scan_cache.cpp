@@ -52,10 +52,8 @@ std::expected<void, SystemError> ScanCache::save(const CachedScan& scan) const {
   std::error_code error;
   if (file.has_parent_path()) std::filesystem::create_directories(file.parent_path(), error);
   if (error) {
-    return std::unexpected(SystemError{.operation = "create",
-                                       .path = file.parent_path().string(),
-                                       .code = error.value(),
-                                       .target = {}});
+    return std::unexpected(SystemError{
+        .operation = "create", .path = file.parent_path().string(), .code = error.value()});
   }
 
   std::string temporary = path_ + ".XXXXXX";

@@ -44,8 +44,7 @@ class FakeDisk final : public RemovalDisk {
   std::expected<Entry, SystemError> inspect(const std::string& path) override {
     const auto it = nodes.find(path);
     if (it == nodes.end()) {
-      return std::unexpected(
-          SystemError{.operation = "lstat", .path = path, .code = ENOENT, .target = {}});
+      return std::unexpected(SystemError{.operation = "lstat", .path = path, .code = ENOENT});
     }
     return it->second.entry;
   }
