@@ -73,10 +73,12 @@ void LiveModel::waitForSampler() {
 
 void LiveModel::tick() {
   Sampler& s = *sampler_;
-  const SystemSample sample = services_.read();
-  std::optional<Snapshot> snapshot = s.builder.ingest(sample);
+  SystemSample sample = services_.read();
+  const double at = sample.timestamp;
+  const std::optional<BatteryReading> battery = sample.battery;
+  std::optional<Snapshot> snapshot = s.builder.ingest(std::move(sample));
   if (!snapshot) {
-    s.battery.ingest(sample, nullptr);
+    s.battery.ingest(at, battery, nullptr);
     return;
   }
 
@@ -90,7 +92,7 @@ void LiveModel::tick() {
   const std::map<Resource, Health> displayed =
       s.stabilizer.update(raw, snapshot->unavailable, snapshot->timestamp);
   std::optional<Verdict> verdict = s.diagnoser.verdict(s.window, displayed);
-  s.battery.ingest(sample, &*snapshot);
+  s.battery.ingest(at, battery, &*snapshot);
 
   std::vector<AlertNotice> alerted;
   for (const Resource resource : s.alerts.due(displayed, snapshot->timestamp)) {

@@ -4,15 +4,16 @@
 
 namespace pellwin {
 
-void BatterySession::ingest(const SystemSample& sample, const Snapshot* snapshot) {
-  if (!sample.battery) {
+void BatterySession::ingest(double at, const std::optional<BatteryReading>& battery,
+                            const Snapshot* snapshot) {
+  if (!battery) {
     *this = BatterySession{};
     return;
   }
-  if (!since_ || sample.battery->onBattery != onBattery_) {
+  if (!since_ || battery->onBattery != onBattery_) {
     *this = BatterySession{};
-    since_ = sample.timestamp;
-    onBattery_ = sample.battery->onBattery;
+    since_ = at;
+    onBattery_ = battery->onBattery;
     return;  // the snapshot's interval began before the change
   }
   if (!snapshot) return;

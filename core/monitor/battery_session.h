@@ -28,9 +28,9 @@ class BatterySession {
   // forgotten, so a long session of short-lived programs stays small.
   static constexpr std::size_t maxApps = 200;
 
-  // `snapshot` is the one this reading made, if any; its apps' energy impact over its interval
-  // is added. A change of power source starts a new session at the reading's time.
-  void ingest(const SystemSample& sample, const Snapshot* snapshot);
+  // One reading's battery, taken at `at`, and the snapshot it made, if any, whose apps' energy
+  // impact over its interval is added. A change of power source starts a new session then.
+  void ingest(double at, const std::optional<BatteryReading>& battery, const Snapshot* snapshot);
 
   // Absent on a machine without a battery (or before the first reading).
   [[nodiscard]] const std::optional<double>& since() const { return since_; }

@@ -11,6 +11,10 @@ SystemSample reading(double at, std::optional<bool> onBattery) {
   return sample;
 }
 
+void feed(BatterySession& session, const SystemSample& sample, const Snapshot* snapshot) {
+  session.ingest(sample.timestamp, sample.battery, snapshot);
+}
+
 Snapshot spending(double at, std::vector<std::pair<std::string, double>> impacts) {
   Snapshot snapshot{.timestamp = at, .interval = 2};
   for (const auto& [name, impact] : impacts) {
@@ -23,13 +27,13 @@ TEST(BatterySession, StartsAtEachChangeOfPowerSourceAndSplitsTheEnergySinceThen)
   BatterySession session;
   const Snapshot busy = spending(102, {{"Firefox", 30}, {"Slack", 10}, {"Idle", 0}});
 
-  session.ingest(reading(100, true), nullptr);
+  feed(session, reading(100, true), nullptr);
   EXPECT_EQ(session.since(), 100.0);
   EXPECT_TRUE(session.onBattery());
   EXPECT_TRUE(session.shares(5).empty());
 
-  session.ingest(reading(102, true), &busy);
-  session.ingest(reading(104, true), &busy);
+  feed(session, reading(102, true), &busy);
+  feed(session, reading(104, true), &busy);
   EXPECT_EQ(session.since(), 100.0);
   EXPECT_EQ(session.shares(5),
             (std::vector<EnergyShare>{{.appID = "app:Firefox", .name = "Firefox", .share = 0.75},
@@ -37,24 +41,24 @@ TEST(BatterySession, StartsAtEachChangeOfPowerSourceAndSplitsTheEnergySinceThen)
       << "an app that used nothing has no share";
   EXPECT_EQ(session.shares(1).size(), 1u);
 
-  session.ingest(reading(106, false), &busy);
+  feed(session, reading(106, false), &busy);
   EXPECT_EQ(session.since(), 106.0) << "plugging in starts a new session";
   EXPECT_FALSE(session.onBattery());
   EXPECT_TRUE(session.shares(5).empty()) << "the interval began before the change";
 
-  session.ingest(reading(108, std::nullopt), &busy);
+  feed(session, reading(108, std::nullopt), &busy);
   EXPECT_TRUE(session.isEmpty()) << "no battery, no session";
 }
 
 TEST(BatterySession, ALongSessionForgetsTheLeastCostlyAppsButKeepsTheirEnergy) {
   BatterySession session;
-  session.ingest(reading(0, true), nullptr);
+  feed(session, reading(0, true), nullptr);
   std::vector<std::pair<std::string, double>> many;
   for (std::size_t i = 0; i < 2 * BatterySession::maxApps + 1; ++i) {
     many.emplace_back("app" + std::to_string(1000 + i), 1.0 + static_cast<double>(i));
   }
   const Snapshot snapshot = spending(2, many);
-  session.ingest(reading(2, true), &snapshot);
+  feed(session, reading(2, true), &snapshot);
 
   const auto shares = session.shares(1000);
   ASSERT_EQ(shares.size(), BatterySession::maxApps);
