@@ -32,7 +32,10 @@ class ThreadTimer final : public RepeatingTimer {
            const std::function<void()>& fire) {
     Clock::time_point next = Clock::now() + delay;
     std::unique_lock lock(mutex_);
-    while (!wake_.wait_until(lock, stop, next, [] { return false; })) {
+    while (true) {
+      // Nothing notifies `wake_`: it returns when `next` comes or a stop is requested.
+      (void)wake_.wait_until(lock, stop, next, [] { return false; });
+      if (stop.stop_requested()) return;
       lock.unlock();
       fire();
       lock.lock();
