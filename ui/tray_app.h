@@ -1,0 +1,55 @@
+// The running app: owns the models (live monitor, history) and the widgets that observe them
+// (tray dot, main window), and wires each model's `post` to the Qt event loop. One per
+// process, made by main() once the command line chose the tray app.
+#pragma once
+
+#include <QObject>
+#include <QPointer>
+#include <QSystemTrayIcon>
+#include <memory>
+
+#include "app/command_line.h"
+#include "app/environment.h"
+#include "app/models/history_recorder.h"
+#include "app/models/live_model.h"
+#include "app/steady_ticker.h"
+#include "ui/main_window.h"
+
+namespace pellwin::ui {
+
+class TrayApp : public QObject {
+  Q_OBJECT
+
+ public:
+  TrayApp(const Command& command, const Environment& environment);
+  ~TrayApp() override;
+
+  // Shows the dot when a tray host is there, else opens the window: a desktop without a tray
+  // still gets the whole product.
+  void start();
+
+  [[nodiscard]] LiveModel& live() { return *live_; }
+  [[nodiscard]] HistoryRecorder& history() { return *history_; }
+  [[nodiscard]] MainWindow& window() { return *window_; }
+  [[nodiscard]] QSystemTrayIcon* tray() { return tray_; }
+
+  void openWindow();
+  void quit();
+
+ private:
+  void liveChanged();
+  void reconcileVisibility();
+
+  SteadyTicker ticker_;
+  std::unique_ptr<HistoryRecorder> history_;
+  std::unique_ptr<LiveModel> live_;
+  std::unique_ptr<MainWindow> window_;
+  QPointer<QSystemTrayIcon> tray_;
+  Health shownDot_ = Health::ok;
+};
+
+// Runs the tray app until "Quit Tovrin"; returns the exit status.
+[[nodiscard]] int runTrayApp(int argc, char** argv, const Command& command,
+                             const Environment& environment);
+
+}  // namespace pellwin::ui
