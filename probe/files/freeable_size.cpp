@@ -13,6 +13,7 @@
 
 #include "probe/file_descriptor.h"
 #include "probe/files/directory_listing.h"
+#include "probe/files/mount_point.h"
 
 namespace pellwin {
 
@@ -90,8 +91,11 @@ Frame readFolder(int fd, std::string path, const struct stat& self, Tally& tally
   std::ignore = DirectoryListing::read(fd, frame.path, buffer,
                                        [&](std::string_view name, const struct stat& info) {
                                          if (S_ISDIR(info.st_mode)) {
-                                           if (!tally.onVolume(info))
-                                             return;  // a mount point: not ours to count
+                                           // A mount point, of another disk or a bind mount
+                                           // of a folder: not ours to count.
+                                           if (!tally.onVolume(info) ||
+                                               isMountPoint(fd, std::string(name)))
+                                             return;
                                            frame.folders.emplace_back(name);
                                          }
                                          tally.count(info);
