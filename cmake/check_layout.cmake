@@ -28,7 +28,7 @@ set(rules
   "app/desktop=^(app/desktop/|app/models/|app/[^/]+$|probe/|store/|core/)"
   "app=^(app/|probe/|store/|core/)"
   "ui=^(ui/|app/|probe/|store/|core/)"
-  "bench=^(app/|probe/|store/|core/|testing/)"
+  "bench=^(bench/|app/|probe/|store/|core/|testing/)"
   "testing=^(testing/|app/|probe/|store/|core/)")
 # What lies below each top folder, for its tests.
 set(below_core "core/")
