@@ -25,14 +25,31 @@ Command parseMode(const std::vector<std::string>& arguments) {
   return {.kind = CommandKind::windowed};
 }
 
+// The path after the first `flag`, when one follows it.
+std::optional<std::string> valueAfter(const std::vector<std::string>& arguments,
+                                      std::string_view flag) {
+  const auto it = std::find(arguments.begin(), arguments.end(), flag);
+  if (it == arguments.end() || std::next(it) == arguments.end()) return std::nullopt;
+  return *std::next(it);
+}
+
+LaunchOptions parseLaunchOptions(const std::vector<std::string>& arguments) {
+  const auto has = [&](std::string_view flag) {
+    return std::find(arguments.begin(), arguments.end(), flag) != arguments.end();
+  };
+  LaunchOptions options{.statusPath = valueAfter(arguments, "--status"),
+                        .capture = has("--capture")};
+  // The outcome of a test notification is only ever reported in the status file.
+  options.testNotification = options.statusPath.has_value() && has("--test-notification");
+  return options;
+}
+
 }  // namespace
 
 Command parseCommandLine(const std::vector<std::string>& arguments) {
   Command command = parseMode(arguments);
-  const auto it = std::find(arguments.begin(), arguments.end(), "--history-db");
-  if (it != arguments.end() && std::next(it) != arguments.end()) {
-    command.historyDatabase = *std::next(it);
-  }
+  command.historyDatabase = valueAfter(arguments, "--history-db");
+  if (command.kind == CommandKind::windowed) command.launch = parseLaunchOptions(arguments);
   return command;
 }
 
@@ -47,6 +64,13 @@ std::string usageText() {
          "                               (see --check-storage --help)\n"
          "  --seed-history PATH          write a synthetic history into a scratch database\n"
          "  --history-db PATH            use another history file\n"
+         "\n"
+         "Launch checks of the tray app:\n"
+         "  --status PATH                five seconds after start, write the login item,\n"
+         "                               notification and visible-window state to PATH\n"
+         "  --test-notification          with --status: post a test notification and write\n"
+         "                               its outcome too\n"
+         "  --capture                    keep the window open on every start (for screenshots)\n"
          "  -h, --help                   print this help\n"
          "  --version                    print the version\n";
 }

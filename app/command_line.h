@@ -34,11 +34,20 @@ enum class CommandKind {
 
 [[nodiscard]] constexpr std::string_view rawValue(CommandKind kind) { return enumText(kind); }
 
+// The tray app's launch checks, read only when no command-line mode was chosen.
+struct LaunchOptions {
+  std::optional<std::string> statusPath{};  // "--status PATH": write the status file there
+  bool testNotification = false;            // "--test-notification", with --status only
+  bool capture = false;                     // "--capture": skip the later-launch step
+  friend bool operator==(const LaunchOptions&, const LaunchOptions&) = default;
+};
+
 struct Command {
   CommandKind kind = CommandKind::windowed;
   std::vector<std::string> arguments;            // for checkStorage: everything after the switch
   std::string path;                              // for seedHistory
   std::optional<std::string> historyDatabase{};  // "--history-db PATH", in any mode
+  LaunchOptions launch{};                        // for windowed
   friend bool operator==(const Command&, const Command&) = default;
 };
 
@@ -46,7 +55,9 @@ struct Command {
 // this order, the first match winning: "--check" exactly, "--check-storage", "--seed-history",
 // "--help"/"-h", "--version"; for the switches that take arguments the first occurrence counts.
 // "--history-db" followed by another argument sets `historyDatabase` whatever the mode; as the
-// last argument it is ignored.
+// last argument it is ignored. For the tray app, "--status" followed by another argument names
+// the status file (as the last argument it is ignored); "--test-notification" counts only with
+// a status file, and "--capture" anywhere.
 [[nodiscard]] Command parseCommandLine(const std::vector<std::string>& arguments);
 
 // The text `--help` prints.

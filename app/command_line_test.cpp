@@ -60,6 +60,35 @@ TEST(CommandLine, FirstMatchingTestWinsInTheFixedOrder) {
   }
 }
 
+TEST(CommandLine, LaunchChecksAreReadForTheTrayAppOnly) {
+  using Args = std::vector<std::string>;
+  const struct {
+    const char* why;
+    Args arguments;
+    Command expected;
+  } cases[] = {
+      {"status file and test notification",
+       {"tovrin", "--test-notification", "--status", "/tmp/s", "--capture"},
+       {.launch = {.statusPath = "/tmp/s", .testNotification = true, .capture = true}}},
+      {"status as the last argument is ignored, and so the test notification",
+       {"tovrin", "--test-notification", "--status"},
+       {}},
+      {"the argument after status is the path even when it looks like a switch",
+       {"tovrin", "--status", "--capture"},
+       {.launch = {.statusPath = "--capture"}}},
+      {"first status counts", {"tovrin", "--status", "a", "--status", "b"},
+       {.launch = {.statusPath = "a"}}},
+      {"capture alone", {"tovrin", "--capture"}, {.launch = {.capture = true}}},
+      {"a command-line mode ignores them",
+       {"tovrin", "--status", "/tmp/s", "--capture", "--check"},
+       {.kind = CommandKind::check}},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.why);
+    EXPECT_EQ(parseCommandLine(c.arguments), c.expected);
+  }
+}
+
 TEST(CommandLine, SeedHistoryWithoutPathExitsTwoWithItsMessage) {
   std::ostringstream out, err;
   const int status = runCommand({.kind = CommandKind::seedHistoryNoPath}, {}, out, err);

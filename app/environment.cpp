@@ -48,4 +48,9 @@ std::string applicationSupport(const Environment& environment) {
   return DataFolder::applicationSupport(environment.home, environment.xdgDataHome);
 }
 
+std::string configHome(const Environment& environment) {
+  const auto& variable = environment.xdgConfigHome;
+  return variable && variable->starts_with('/') ? *variable : environment.home + "/.config";
+}
+
 }  // namespace pellwin

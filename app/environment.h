@@ -28,4 +28,7 @@ struct Environment {
 // The data folder's parent for this environment (the XDG data home).
 [[nodiscard]] std::string applicationSupport(const Environment& environment);
 
+// The XDG config home: $XDG_CONFIG_HOME when it is an absolute path, else ~/.config.
+[[nodiscard]] std::string configHome(const Environment& environment);
+
 }  // namespace pellwin

@@ -2,19 +2,31 @@
 
 #include <QApplication>
 #include <QMenu>
+#include <iostream>
 
+#include "app/desktop/session_bus_notification_server.h"
 #include "app/entry.h"
 #include "app/system_calendar.h"
 #include "app/system_roots.h"
 #include "probe/system/system_reader.h"
+#include "ui/first_run_tour.h"
+#include "ui/launch_checks.h"
 #include "ui/post_to.h"
+#include "ui/settings_screen.h"
+#include "ui/single_instance.h"
+#include "ui/start_plan.h"
 #include "ui/tray_dot.h"
-#include "ui/user_settings.h"
 
 namespace pellwin::ui {
 
 TrayApp::TrayApp(const Command& command, const Environment& environment)
-    : window_(std::make_unique<MainWindow>()) {
+    : launch_(command.launch),
+      settings_(UserSettings::forUser(environment)),
+      loginItem_(LoginItem::entryPath(environment),
+                 QCoreApplication::applicationFilePath().toStdString()),
+      notifier_(std::make_unique<Notifier>(std::make_unique<SessionBusNotificationServer>(),
+                                           postTo(this))),
+      window_(std::make_unique<MainWindow>()) {
   history_ = std::make_unique<HistoryRecorder>(HistoryRecorderSetup{
       .url = historyFile(command, environment),
       .post = postTo(this),
@@ -24,8 +36,11 @@ TrayApp::TrayApp(const Command& command, const Environment& environment)
   auto reader = std::make_shared<SystemReader>(systemReaderRoots(environment));
   live_ = std::make_unique<LiveModel>(LiveModel::Services{
       .read = [reader] { return reader->read(); },
-      .setting = [](std::string_view key) { return storedFlag(key); },
-      .notify = [](std::string, std::string) {},
+      .setting = [settings = settings_](std::string_view key) { return settings.flag(key); },
+      .notify =
+          [notifier = notifier_.get()](std::string title, std::string body) {
+            notifier->post(std::move(title), std::move(body));
+          },
       .record =
           [this](Snapshot snapshot, std::map<Resource, Health> displayed,
                  std::map<Resource, Lead> leads, std::vector<AlertNotice> alerted) {
@@ -38,12 +53,15 @@ TrayApp::TrayApp(const Command& command, const Environment& environment)
   live_->onChange([this] { liveChanged(); });
   connect(window_.get(), &MainWindow::quitRequested, this, &TrayApp::quit);
   connect(window_.get(), &MainWindow::visibilityChanged, this, &TrayApp::reconcileVisibility);
+  addSettingsScreen();
 }
 
-// The models stop (and drain their queues) before the widgets that observe them go.
+// The models stop (and drain their queues) before the widgets that observe them go; the live
+// model posts notifications, so the notifier outlives it.
 TrayApp::~TrayApp() {
   live_.reset();
   history_.reset();
+  notifier_.reset();
 }
 
 void TrayApp::start() {
@@ -55,9 +73,30 @@ void TrayApp::start() {
     connect(menu->addAction("Quit Tovrin"), &QAction::triggered, this, &TrayApp::quit);
     tray_->setContextMenu(menu);
     tray_->show();
-  } else {
-    openWindow();
   }
+  const StartPlan plan = startPlan(recordLaunch(settings_), tray_ != nullptr, launch_.capture);
+  if (plan.openWindow) openWindow();
+  if (plan.showTour) showTour();
+  if (launch_.statusPath) new LaunchChecks(launch_, loginItem_, *notifier_, this);
+}
+
+void TrayApp::addSettingsScreen() {
+  window_->addScreen(
+      "Settings",
+      new SettingsScreen({.settings = settings_,
+                          .loginItem = loginItem_,
+                          .notify = [notifier = notifier_.get()](
+                                        std::string title, std::string body,
+                                        std::function<void(NotificationResult)> completion) {
+                            notifier->post(std::move(title), std::move(body),
+                                           std::move(completion));
+                          }}));
+}
+
+void TrayApp::showTour() {
+  auto* tour = new FirstRunTour(window_.get());
+  tour->show();
+  tour->raise();
 }
 
 void TrayApp::openWindow() {
@@ -86,7 +125,16 @@ int runTrayApp(int argc, char** argv, const Command& command, const Environment&
   QApplication::setApplicationName("Tovrin");
   QApplication::setDesktopFileName("com.pellwin.Pellwin");
   QApplication::setQuitOnLastWindowClosed(false);
+  SingleInstance instance(SingleInstance::runtimeFolder());
+  switch (instance.claim()) {
+    case SingleInstance::Claim::first: break;
+    case SingleInstance::Claim::toldRunning: return 0;
+    case SingleInstance::Claim::noAnswer:
+      std::cerr << "Tovrin is already running but didn't answer; try again in a moment.\n";
+      return 1;
+  }
   TrayApp app(command, environment);
+  QObject::connect(&instance, &SingleInstance::openRequested, &app, &TrayApp::openWindow);
   app.start();
   return QApplication::exec();
 }

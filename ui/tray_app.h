@@ -9,11 +9,14 @@
 #include <memory>
 
 #include "app/command_line.h"
+#include "app/desktop/login_item.h"
 #include "app/environment.h"
 #include "app/models/history_recorder.h"
 #include "app/models/live_model.h"
+#include "app/models/notifier.h"
 #include "app/steady_ticker.h"
 #include "ui/main_window.h"
+#include "ui/user_settings.h"
 
 namespace pellwin::ui {
 
@@ -24,14 +27,16 @@ class TrayApp : public QObject {
   TrayApp(const Command& command, const Environment& environment);
   ~TrayApp() override;
 
-  // Shows the dot when a tray host is there, else opens the window: a desktop without a tray
-  // still gets the whole product.
+  // Shows the dot when a tray host is there; opens the window (with the tour on the first
+  // launch) as the start plan says: a desktop without a tray still gets the whole product.
+  // Starts the launch checks when "--status" asked for them.
   void start();
 
   [[nodiscard]] LiveModel& live() { return *live_; }
   [[nodiscard]] HistoryRecorder& history() { return *history_; }
   [[nodiscard]] MainWindow& window() { return *window_; }
   [[nodiscard]] QSystemTrayIcon* tray() { return tray_; }
+  [[nodiscard]] Notifier& notifier() { return *notifier_; }
 
   void openWindow();
   void quit();
@@ -39,8 +44,14 @@ class TrayApp : public QObject {
  private:
   void liveChanged();
   void reconcileVisibility();
+  void addSettingsScreen();
+  void showTour();
 
+  LaunchOptions launch_;
+  UserSettings settings_;
+  LoginItem loginItem_;
   SteadyTicker ticker_;
+  std::unique_ptr<Notifier> notifier_;
   std::unique_ptr<HistoryRecorder> history_;
   std::unique_ptr<LiveModel> live_;
   std::unique_ptr<MainWindow> window_;
