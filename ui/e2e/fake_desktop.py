@@ -7,12 +7,14 @@
   asked (SIGUSR1), the way a panel would draw it.
 - org.freedesktop.Notifications: logs each Notify.
 
-Usage: fake_desktop.py LOG ICON_PNG. Each event is one JSON line in LOG; "ready" comes first.
+Usage: fake_desktop.py LOG ICON_PNG. Each event is one JSON line in LOG with its time (seconds
+since the epoch); "ready" comes first.
 """
 import json
 import signal
 import subprocess
 import sys
+import time
 
 import dbus
 import dbus.mainloop.glib
@@ -46,7 +48,7 @@ WATCHER_XML = """<!DOCTYPE node PUBLIC "-//freedesktop//DTD D-BUS Object Introsp
 
 
 def log(event, **fields):
-    LOG.write(json.dumps({"event": event, **fields}) + "\n")
+    LOG.write(json.dumps({"event": event, "time": time.time(), **fields}) + "\n")
     LOG.flush()
 
 
