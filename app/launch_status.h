@@ -33,6 +33,6 @@ struct LaunchStatus {
 
 // Writes `text` to `path`, replacing what was there.
 [[nodiscard]] std::expected<void, SystemError> writeStatusFile(const std::filesystem::path& path,
-                                                              std::string_view text);
+                                                               std::string_view text);
 
 }  // namespace pellwin

@@ -1,11 +1,10 @@
 #include "ui/launch_checks.h"
 
-#include <algorithm>
-
 #include <QApplication>
 #include <QMainWindow>
 #include <QPointer>
 #include <QWidget>
+#include <algorithm>
 #include <iostream>
 
 namespace pellwin::ui {

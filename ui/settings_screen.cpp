@@ -127,8 +127,9 @@ QWidget* SettingsScreen::aboutSection() {
   version->setObjectName("version");
   version->setTextInteractionFlags(Qt::TextSelectableByMouse);
   layout->addWidget(version);
-  layout->addWidget(note("Your package manager keeps Tovrin up to date along with the rest of "
-                         "your system, so Tovrin never checks for updates itself."));
+  layout->addWidget(
+      note("Your package manager keeps Tovrin up to date along with the rest of "
+           "your system, so Tovrin never checks for updates itself."));
   return section;
 }
 

@@ -78,7 +78,8 @@ TEST_F(SettingsScreenTest, StartAtLoginThatCannotBeWrittenSaysWhyAndStaysOff) {
   screen.startAtLogin()->click();
   EXPECT_FALSE(screen.startAtLogin()->isChecked());
   EXPECT_FALSE(screen.loginProblem()->isHidden());
-  EXPECT_TRUE(screen.loginProblem()->text().contains("autostart")) << screen.loginProblem()->text().toStdString();
+  EXPECT_TRUE(screen.loginProblem()->text().contains("autostart"))
+      << screen.loginProblem()->text().toStdString();
 }
 
 TEST_F(SettingsScreenTest, TheTestNotificationShowsItsOutcome) {

@@ -17,8 +17,7 @@ constexpr int attemptGapMs = 100;
 }  // namespace
 
 SingleInstance::SingleInstance(const QString& folder)
-    : socketPath_(folder + "/" + baseName + ".socket"),
-      lock_(folder + "/" + baseName + ".lock") {
+    : socketPath_(folder + "/" + baseName + ".socket"), lock_(folder + "/" + baseName + ".lock") {
   lock_.setStaleLockTime(0);  // stale only when its owner is gone, however long it ran
 }
 

@@ -37,10 +37,9 @@ TrayApp::TrayApp(const Command& command, const Environment& environment)
   live_ = std::make_unique<LiveModel>(LiveModel::Services{
       .read = [reader] { return reader->read(); },
       .setting = [settings = settings_](std::string_view key) { return settings.flag(key); },
-      .notify =
-          [notifier = notifier_.get()](std::string title, std::string body) {
-            notifier->post(std::move(title), std::move(body));
-          },
+      .notify = [notifier = notifier_.get()](
+                    std::string title,
+                    std::string body) { notifier->post(std::move(title), std::move(body)); },
       .record =
           [this](Snapshot snapshot, std::map<Resource, Health> displayed,
                  std::map<Resource, Lead> leads, std::vector<AlertNotice> alerted) {
@@ -82,15 +81,14 @@ void TrayApp::start() {
 
 void TrayApp::addSettingsScreen() {
   window_->addScreen(
-      "Settings",
-      new SettingsScreen({.settings = settings_,
-                          .loginItem = loginItem_,
-                          .notify = [notifier = notifier_.get()](
-                                        std::string title, std::string body,
-                                        std::function<void(NotificationResult)> completion) {
-                            notifier->post(std::move(title), std::move(body),
-                                           std::move(completion));
-                          }}));
+      "Settings", new SettingsScreen(
+                      {.settings = settings_,
+                       .loginItem = loginItem_,
+                       .notify = [notifier = notifier_.get()](
+                                     std::string title, std::string body,
+                                     std::function<void(NotificationResult)> completion) {
+                         notifier->post(std::move(title), std::move(body), std::move(completion));
+                       }}));
 }
 
 void TrayApp::showTour() {

@@ -103,8 +103,8 @@ LoginItemStatus LoginItem::status() const {
 std::expected<void, SystemError> LoginItem::enable() const {
   const auto text = autostartEntryText(program_);
   if (!text) {
-    return std::unexpected(SystemError{.operation = "create", .path = entry_.string(),
-                                       .code = EINVAL});
+    return std::unexpected(
+        SystemError{.operation = "create", .path = entry_.string(), .code = EINVAL});
   }
   std::error_code error;
   std::filesystem::create_directories(entry_.parent_path(), error);

@@ -78,11 +78,8 @@ TEST(LoginItem, EntryPathFollowsTheConfigHome) {
 TEST(ExecValue, StartsExactlyTheProgramWhateverItsPathHolds) {
   testing::ScratchFolder config;
   const char* programs[] = {
-      "/usr/bin/tovrin",
-      "/home/ann/My Apps/tovrin",
-      "/opt/a\"b/c$d`e\\f/tovrin",
-      "/opt/100%/tovrin",
-      "/opt/it's (new) #1;~&|<>*?/tovrin",
+      "/usr/bin/tovrin",  "/home/ann/My Apps/tovrin",          "/opt/a\"b/c$d`e\\f/tovrin",
+      "/opt/100%/tovrin", "/opt/it's (new) #1;~&|<>*?/tovrin",
   };
   for (const char* program : programs) {
     SCOPED_TRACE(program);
