@@ -141,12 +141,9 @@ void SpaceMapModel::startScan(ScanRoot root) {
     if (!state) return;
     state->phase = Phase::ready;
     state->progress.reset();
-    const bool cancelled = state->cancelling;
+    // A walk that was complete before it saw the request to stop has been saved already, so it
+    // is shown even when the user cancelled: the screen and the cache never disagree.
     state->cancelling = false;
-    if (cancelled) {
-      notify();
-      return;
-    }
     if (!result) {
       if (result.error().kind != ScanErrorKind::cancelled)
         state->scanProblem = result.error().description();
@@ -217,6 +214,7 @@ void SpaceMapModel::adopt(std::shared_ptr<const Shown> shown) {
 }
 
 SpaceMapModel::Phase SpaceMapModel::phase() const { return state_->phase; }
+bool SpaceMapModel::isCancelling() const { return state_->cancelling; }
 const std::optional<ScanProgress>& SpaceMapModel::progress() const { return state_->progress; }
 const std::optional<std::string>& SpaceMapModel::scanProblem() const { return state_->scanProblem; }
 

@@ -118,6 +118,8 @@ class SpaceMapModel {
   void cancelScan();
 
   [[nodiscard]] Phase phase() const;
+  // A cancel was asked for and the walk has not stopped yet.
+  [[nodiscard]] bool isCancelling() const;
   // The latest report of the running scan; none before the first and when no scan runs.
   [[nodiscard]] const std::optional<ScanProgress>& progress() const;
   // Why the last scan found nothing ("No such file or directory: /x"); none after a success

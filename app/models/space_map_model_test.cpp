@@ -21,14 +21,12 @@ const std::string home = "/home/ann";
 SizeNode file(const std::string& relative, std::uint64_t bytes,
               StorageCategory category = StorageCategory::other) {
   const std::string path = home + "/" + relative;
-  return SizeNode{.name = path.substr(path.rfind('/') + 1),
-                  .path = path,
-                  .bytes = bytes,
-                  .category = category};
+  return SizeNode{
+      .name = path.substr(path.rfind('/') + 1), .path = path, .bytes = bytes, .category = category};
 }
 
-SizeNode folder(const std::string& relative, std::uint64_t restBytes, std::vector<SizeNode> children,
-                StorageCategory category = StorageCategory::other) {
+SizeNode folder(const std::string& relative, std::uint64_t restBytes,
+                std::vector<SizeNode> children, StorageCategory category = StorageCategory::other) {
   SizeNode node = file(relative, restBytes, category);
   if (relative.empty()) node = SizeNode{.name = "ann", .path = home, .category = category};
   node.isDirectory = true;
@@ -44,14 +42,16 @@ SizeNode folder(const std::string& relative, std::uint64_t restBytes, std::vecto
 // a cache that may be deleted for good, security keys and a folder that could not be read.
 SizeNode sampleHome() {
   using enum StorageCategory;
-  SizeNode app =
-      folder("code/app", 2'000'000,
-             {folder("code/app/node_modules", 30'000'000, {}, developer),
-              file("code/app/data.bin", 8'000'000, developer)},
-             developer);
+  SizeNode app = folder("code/app", 2'000'000,
+                        {folder("code/app/node_modules", 30'000'000, {}, developer),
+                         file("code/app/data.bin", 8'000'000, developer)},
+                        developer);
   app.markers = std::vector<std::string>{"package.json"};
-  SizeNode locked{.name = "locked", .path = home + "/locked", .isDirectory = true,
-                  .isLocked = true, .category = system};
+  SizeNode locked{.name = "locked",
+                  .path = home + "/locked",
+                  .isDirectory = true,
+                  .isLocked = true,
+                  .category = system};
   return folder("", 1'000'000,
                 {folder("code", 0, {std::move(app)}, developer),
                  folder("Documents", 10'000'000, {file("Documents/old.mov", 20'000'000, yourFiles)},
@@ -69,8 +69,8 @@ CachedScan cachedHome(SizeNode tree = sampleHome()) {
 }
 
 using ScanResult = std::expected<WalkResult, ScanError>;
-using Scanner = std::function<ScanResult(const ScanRoot&, const ScanProgressHandler&,
-                                         std::stop_token)>;
+using Scanner =
+    std::function<ScanResult(const ScanRoot&, const ScanProgressHandler&, std::stop_token)>;
 
 // The fakes behind the model. Fields the worker writes are read by the test only after the
 // posted result ran, which the owner loop's lock orders.
@@ -236,6 +236,7 @@ TEST(SpaceMapModel, CancellingKeepsTheTreeShownBeforeAndSavesNothing) {
     EXPECT_TRUE(model->progress().has_value());
     model->cancelScan();
     EXPECT_EQ(model->phase(), Phase::scanning) << "until the walk has stopped";
+    EXPECT_TRUE(model->isCancelling());
     ASSERT_TRUE(h.main.runUntil([&] { return model->phase() == Phase::ready; }));
     EXPECT_EQ(*model->tree(), older);
     EXPECT_TRUE(model->isFromCache());
@@ -294,8 +295,7 @@ TEST(SpaceMapModel, TheDeleteListRefusesWithTheRulesSentencesAndKeepsThemBesideI
     const std::string path = home + "/" + p.path;
     const auto refused = model->addToDeleteList(path);
     EXPECT_EQ(refused ? std::optional(refused->reason) : std::nullopt, p.refusal);
-    if (p.refusal)
-      expected.push_back({.path = path, .name = p.path, .reason = *p.refusal});
+    if (p.refusal) expected.push_back({.path = path, .name = p.path, .reason = *p.refusal});
   }
   EXPECT_EQ(model->addToDeleteList(home + "/not/in/the/tree"), std::nullopt);
   EXPECT_EQ(model->refusals(), expected);
@@ -347,21 +347,22 @@ TEST(SpaceMapModel, RemovingReportsEachItemAndTakesWhatWentOutOfTheTreeAndTheCac
 
   ASSERT_EQ(h.removed.size(), 1u);
   EXPECT_EQ(h.removed[0].second, CleanAction::trash);
-  EXPECT_EQ(h.removed[0].first, (std::vector<TrashItem>{{home + "/film.mov", 20'000'000},
-                                                         {home + "/Documents/old.mov", 20'000'000},
-                                                         {home + "/code/app/data.bin", 8'000'000},
-                                                         {home + "/code/app/node_modules",
-                                                          30'000'000}}));
+  EXPECT_EQ(h.removed[0].first,
+            (std::vector<TrashItem>{{home + "/film.mov", 20'000'000},
+                                    {home + "/Documents/old.mov", 20'000'000},
+                                    {home + "/code/app/data.bin", 8'000'000},
+                                    {home + "/code/app/node_modules", 30'000'000}}));
   ASSERT_TRUE(model->lastRemoval().has_value());
-  EXPECT_EQ(model->lastRemoval()->sentences,
-            (std::vector<std::string>{
-                "film.mov is in the Trash; empty the Trash to free the space.",
-                "old.mov was already gone.",
-                "data.bin wasn't deleted. It's a shortcut to somewhere else",
-                "node_modules wasn't deleted. Input/output error"}));
+  EXPECT_EQ(
+      model->lastRemoval()->sentences,
+      (std::vector<std::string>{"film.mov is in the Trash; empty the Trash to free the space.",
+                                "old.mov was already gone.",
+                                "data.bin wasn't deleted. It's a shortcut to somewhere else",
+                                "node_modules wasn't deleted. Input/output error"}));
   EXPECT_EQ(model->lastRemoval()->freedBytes, 20'000'000u);
 
-  const SizeNode expected = sampleHome().removing({home + "/film.mov", home + "/Documents/old.mov"});
+  const SizeNode expected =
+      sampleHome().removing({home + "/film.mov", home + "/Documents/old.mov"});
   EXPECT_EQ(*model->tree(), expected);
   EXPECT_EQ(model->tree()->bytes, 60'000'000u);
   EXPECT_NE(model->tree()->find(home + "/code/app/data.bin"), nullptr) << "refused items stay";
@@ -443,8 +444,7 @@ TEST(SpaceMapModel, DeletingForGoodIsOfferedOnlyWhereTheCatalogAllowsIt) {
   ASSERT_TRUE(h.main.runUntil([&] { return model->phase() == Phase::ready; }));
   ASSERT_EQ(h.removed.size(), 1u);
   EXPECT_EQ(h.removed[0].second, CleanAction::delete_);
-  EXPECT_EQ(model->lastRemoval()->sentences,
-            std::vector<std::string>{"pip was deleted for good."});
+  EXPECT_EQ(model->lastRemoval()->sentences, std::vector<std::string>{"pip was deleted for good."});
   EXPECT_EQ(model->tree()->find(home + "/.cache/pip"), nullptr);
 }
 
