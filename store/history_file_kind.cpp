@@ -15,7 +15,8 @@ namespace pellwin {
 HistoryFileKind historyFileKind(const std::filesystem::path& path) {
   struct stat info {};
   if (::lstat(path.c_str(), &info) != 0) {
-    return errno == ENOENT ? HistoryFileKind::absent : HistoryFileKind::other;
+    // ENOTDIR: a file stands where a folder on the way should be, so nothing is at the path.
+    return errno == ENOENT || errno == ENOTDIR ? HistoryFileKind::absent : HistoryFileKind::other;
   }
   if (!S_ISREG(info.st_mode)) return HistoryFileKind::other;
   if (info.st_size == 0) return HistoryFileKind::empty;
