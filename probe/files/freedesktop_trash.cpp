@@ -12,6 +12,7 @@
 #include <tuple>
 #include <utility>
 
+#include "probe/exclusive_file.h"
 #include "probe/files/folder_size.h"
 #include "probe/files/folder_walk.h"
 #include "probe/files/mount_point.h"
@@ -125,17 +126,6 @@ std::string localNow() {
   return TrashInfo::deletionDate(local);
 }
 
-bool writeAll(int fd, const std::string& text) {
-  std::size_t done = 0;
-  while (done < text.size()) {
-    const ssize_t written = ::write(fd, text.data() + done, text.size() - done);
-    if (written < 0 && errno == EINTR) continue;
-    if (written <= 0) return false;
-    done += static_cast<std::size_t>(written);
-  }
-  return true;
-}
-
 std::string readAll(int folderFd, const char* name) {
   FileDescriptor fd(::openat(folderFd, name, O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
   std::string text;
@@ -148,19 +138,16 @@ std::string readAll(int folderFd, const char* name) {
 }
 
 // directorysizes is replaced through a temporary file and rename, so readers never see half.
-void rewriteSizes(int trashFd, const std::vector<TrashInfo::DirectorySize>& sizes) {
+void rewriteSizes(int trashFd, const std::string& trashPath,
+                  const std::vector<TrashInfo::DirectorySize>& sizes) {
   if (sizes.empty()) {
     ::unlinkat(trashFd, std::string(sizesFile).c_str(), 0);
     return;
   }
-  const std::string temporary = ".directorysizes." + std::to_string(::getpid());
-  FileDescriptor fd(::openat(trashFd, temporary.c_str(),
-                             O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, 0600));
-  if (!fd.valid()) return;
-  if (!writeAll(fd.get(), TrashInfo::formatDirectorySizes(sizes)) ||
-      ::renameat(trashFd, temporary.c_str(), trashFd, std::string(sizesFile).c_str()) != 0) {
-    ::unlinkat(trashFd, temporary.c_str(), 0);
-  }
+  // The cache of folder sizes is a convenience for file managers: failing to write it loses
+  // nothing, so the item's own move stands.
+  std::ignore = replaceFileAt(trashFd, std::string(sizesFile),
+                              TrashInfo::formatDirectorySizes(sizes), 0600, trashPath);
 }
 
 void recordFolderSize(const OpenTrash& trash, const std::string& name) {
@@ -173,7 +160,7 @@ void recordFolderSize(const OpenTrash& trash, const std::string& name) {
   sizes.push_back({.bytes = FolderSize::allocatedBytes(trash.path + "/files/" + name),
                    .infoModified = static_cast<std::int64_t>(info.st_mtime),
                    .name = name});
-  rewriteSizes(trash.folder.get(), sizes);
+  rewriteSizes(trash.folder.get(), trash.path, sizes);
 }
 
 // The item being moved: the open folder it is in, its name there, its whole path and what
@@ -236,7 +223,7 @@ std::expected<std::string, SystemError> placeInTrash(const OpenTrash& trash, con
       if (errno == EEXIST) continue;
       return std::unexpected(SystemError::fromErrno("create", infoFile));
     }
-    const bool written = writeAll(info.get(), infoText);
+    const bool written = writeAll(info.get(), infoText, infoFile).has_value();
     const int closed = ::close(info.release());
     if (!written || closed != 0) {
       ::unlinkat(trash.info.get(), infoName.c_str(), 0);
@@ -398,7 +385,7 @@ std::expected<void, std::string> FreedesktopTrash::erase(const Entry& entry) {
   }
   auto sizes = TrashInfo::parseDirectorySizes(readAll(trash.get(), std::string(sizesFile).c_str()));
   if (std::erase_if(sizes, [&](const auto& line) { return line.name == entry.name; }) > 0) {
-    rewriteSizes(trash.get(), sizes);
+    rewriteSizes(trash.get(), entry.trashDirectory, sizes);
   }
   return {};
 }
