@@ -24,6 +24,7 @@ namespace {
 
 constexpr std::string_view infoExtension = ".trashinfo";
 constexpr std::string_view sizesFile = "directorysizes";
+constexpr const char* changedMeanwhile = "It changed while Tovrin was moving it";
 
 std::string parentOf(const std::string& path) {
   const std::size_t slash = path.rfind('/');
@@ -278,7 +279,7 @@ std::string FreedesktopTrash::mountTop(const std::string& path) {
 }
 
 std::expected<FreedesktopTrash::Entry, std::string> FreedesktopTrash::moveToTrash(
-    const std::string& path) const {
+    const std::string& path, std::optional<FileIdentity> expected) const {
   if (path.empty() || path.front() != '/' || path == "/")
     return itemFailure({.operation = "trash", .path = path, .code = EINVAL});
   // Trashing the trash, or a folder around it, would lose track of everything in it.
@@ -302,6 +303,10 @@ std::expected<FreedesktopTrash::Entry, std::string> FreedesktopTrash::moveToTras
     return std::unexpected(std::string("It's a shortcut to somewhere else"));
   if (S_ISDIR(item.info.st_mode) && isMountPoint(item.parentFd, item.name))
     return std::unexpected(std::string(mountPointRefusal));
+  if (expected && (static_cast<std::uint64_t>(item.info.st_dev) != expected->device ||
+                   static_cast<std::uint64_t>(item.info.st_ino) != expected->inode)) {
+    return std::unexpected(std::string(changedMeanwhile));
+  }
 
   const std::string date = localNow();
   const auto intoVolumeTrash = [&]() -> std::expected<Entry, std::string> {
@@ -362,9 +367,46 @@ std::vector<FreedesktopTrash::Entry> FreedesktopTrash::entries(const std::string
   return found;
 }
 
+namespace {
+
+// Drops the entry's line from the trash's size cache, when it has one.
+void forgetSize(int trashFd, const FreedesktopTrash::Entry& entry) {
+  auto sizes = TrashInfo::parseDirectorySizes(readAll(trashFd, std::string(sizesFile).c_str()));
+  if (std::erase_if(sizes, [&](const auto& line) { return line.name == entry.name; }) > 0) {
+    rewriteSizes(trashFd, entry.trashDirectory, sizes);
+  }
+}
+
+bool isPlainName(const std::string& name) {
+  return !name.empty() && name.find('/') == std::string::npos && name != "." && name != "..";
+}
+
+}  // namespace
+
+std::expected<void, std::string> FreedesktopTrash::putBack(const Entry& entry) {
+  if (!isPlainName(entry.name) || entry.originalPath.empty() || entry.originalPath == "/") {
+    return itemFailure({.operation = "rename", .path = entry.name, .code = EINVAL});
+  }
+  FileDescriptor trash(::open(entry.trashDirectory.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+  if (!trash.valid()) return itemFailure(SystemError::fromErrno("open", entry.trashDirectory));
+  FileDescriptor files(
+      ::openat(trash.get(), "files", O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+  if (!files.valid()) return itemFailure(SystemError::fromErrno("open", entry.trashDirectory));
+  auto parent = openFolderWithoutLinks(parentOf(entry.originalPath), O_PATH);
+  if (!parent) return itemFailure(parent.error());
+  const std::string name = nameOf(entry.originalPath);
+  if (::renameat2(files.get(), entry.name.c_str(), parent->get(), name.c_str(), RENAME_NOREPLACE) !=
+      0) {
+    return itemFailure(SystemError::fromErrno("rename", entry.originalPath));
+  }
+  const std::string infoName = "info/" + entry.name + std::string(infoExtension);
+  ::unlinkat(trash.get(), infoName.c_str(), 0);
+  forgetSize(trash.get(), entry);
+  return {};
+}
+
 std::expected<void, std::string> FreedesktopTrash::erase(const Entry& entry) {
-  if (entry.name.empty() || entry.name.find('/') != std::string::npos || entry.name == "." ||
-      entry.name == "..") {
+  if (!isPlainName(entry.name)) {
     return itemFailure({.operation = "unlink", .path = entry.name, .code = EINVAL});
   }
   FileDescriptor trash(::open(entry.trashDirectory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
@@ -383,10 +425,7 @@ std::expected<void, std::string> FreedesktopTrash::erase(const Entry& entry) {
     return itemFailure(
         {.operation = "unlink", .path = entry.trashDirectory + "/" + infoName, .code = code});
   }
-  auto sizes = TrashInfo::parseDirectorySizes(readAll(trash.get(), std::string(sizesFile).c_str()));
-  if (std::erase_if(sizes, [&](const auto& line) { return line.name == entry.name; }) > 0) {
-    rewriteSizes(trash.get(), entry.trashDirectory, sizes);
-  }
+  forgetSize(trash.get(), entry);
   return {};
 }
 

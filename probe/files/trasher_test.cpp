@@ -27,21 +27,29 @@ class FakeDisk final : public RemovalDisk {
   std::map<std::string, Node> nodes;
   std::map<std::string, std::vector<Subfolder>> below;
   std::vector<std::string> acted;
+  std::map<std::string, Identity> trashed;  // where moveToTrash put each item
   bool failing = false;
+  std::uint64_t lastInode = 0;
 
   void folder(const std::string& path, std::vector<Subfolder> inside = {}) {
-    nodes[path] = {.entry = {.isSymlink = false, .isDirectory = true}, .resolved = path};
+    nodes[path] = {.entry = {.isSymlink = false, .isDirectory = true, .identity = next()},
+                   .resolved = path};
     below[path] = std::move(inside);
   }
   void file(const std::string& path, std::optional<std::string> resolved = std::nullopt) {
-    nodes[path] = {.entry = {.isSymlink = false, .isDirectory = false},
+    nodes[path] = {.entry = {.isSymlink = false, .isDirectory = false, .identity = next()},
                    .resolved = resolved ? resolved : path};
   }
   void link(const std::string& path, const std::string& target) {
-    nodes[path] = {.entry = {.isSymlink = true, .isDirectory = false}, .resolved = target};
+    nodes[path] = {.entry = {.isSymlink = true, .isDirectory = false, .identity = next()},
+                   .resolved = target};
   }
+  Identity next() { return {.device = 1, .inode = ++lastInode}; }
 
   std::expected<Entry, SystemError> inspect(const std::string& path) override {
+    if (const auto moved = trashed.find(path); moved != trashed.end()) {
+      return Entry{.identity = moved->second};
+    }
     const auto it = nodes.find(path);
     if (it == nodes.end()) {
       return std::unexpected(SystemError{.operation = "lstat", .path = path, .code = ENOENT});
@@ -62,12 +70,21 @@ class FakeDisk final : public RemovalDisk {
     }
     return std::nullopt;
   }
-  std::expected<void, std::string> moveToTrash(const std::string& path) override {
+  std::expected<std::string, std::string> moveToTrash(const std::string& path,
+                                                      const Identity& expected) override {
     acted.push_back("trash " + path);
     if (failing) return std::unexpected(std::string("Permission denied"));
+    trashed["/trash/files" + path] = expected;
+    return "/trash/files" + path;
+  }
+  std::expected<void, std::string> putBack(const std::string& from,
+                                           const std::string& path) override {
+    acted.push_back("put back " + path);
+    trashed.erase(from);
     return {};
   }
-  std::expected<void, std::string> removeForGood(const std::string& path) override {
+  std::expected<void, std::string> removeForGood(const std::string& path, const Identity&,
+                                                 const std::vector<Identity>&) override {
     acted.push_back("delete " + path);
     if (failing) return std::unexpected(std::string("Read-only file system"));
     return {};
