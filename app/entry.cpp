@@ -69,6 +69,7 @@ int runCommand(const Command& command, const Environment& environment, std::ostr
     case CommandKind::help: out << usageText(); return 0;
     case CommandKind::version: out << "tovrin " << PELLWIN_VERSION << "\n"; return 0;
     case CommandKind::windowed: return notBuiltYet(err, "The tray app");
+    case CommandKind::badArguments: err << command.problem << "\n"; return 2;
   }
   return 1;
 }

@@ -1,5 +1,7 @@
 #include "app/commands/storage_check_command.h"
 
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <charconv>
 #include <chrono>
@@ -71,6 +73,11 @@ class ProgressTicker {
 int runScan(const StorageCheckOptions& options, const Environment& environment, std::ostream& out,
             std::ostream& err) {
   const std::string folder = StorageCheck::folderToScan(options.path, environment.home);
+  // A file would be walked as a folder that cannot be opened and reported as "1 locked".
+  if (struct stat info{}; ::stat(folder.c_str(), &info) == 0 && !S_ISDIR(info.st_mode)) {
+    err << "--check-storage scans a folder, and " << printableText(folder) << " isn't one\n";
+    return 2;
+  }
   const DiskScanner scanner(environment.home);
   std::optional<ProgressTicker> ticker;
   if (environment.errIsTerminal) ticker.emplace(err);
@@ -135,10 +142,15 @@ std::expected<StorageCheckOptions, std::string> parseStorageCheck(
         return std::unexpected("--top needs a whole number, not \"" + printableText(arguments[i]) +
                                "\"");
       options.top = *top;
+    } else if (argument == "--history-db") {
+      ++i;  // the history file of every mode, taken by the entry
     } else if (argument.starts_with("-") && argument != "-") {
       return std::unexpected("--check-storage doesn't know the option " + printableText(argument));
     } else if (!options.path) {
       options.path = argument;
+    } else {
+      return std::unexpected("--check-storage scans one folder; leave out " +
+                             printableText(argument));
     }
   }
   if (options.json && options.rebuild) {
