@@ -67,6 +67,24 @@ TEST(TrashSelfTest, NeverWritesThroughALinkPlantedInTheTrash) {
   EXPECT_EQ(testing::fileBytes(scratch.trash() + "/directorysizes"), "4096 1 folder\nnot a line\n");
 }
 
+TEST(StorageSelfTests, PassWhenHomeAndTheDataHomeAreSpelledDifferently) {
+  testing::ScratchFolder scratch;
+  const std::string base = fs::canonical(scratch.path()).string();
+  fs::create_directories(base + "/real/ann/.local/share");
+  fs::create_directory_symlink(base + "/real/ann", base + "/ann");
+  const std::pair<std::string, std::string> setups[] = {
+      {base + "/ann", base + "/real/ann/.local/share"},
+      {base + "/real/ann", base + "/ann/.local/share"},
+  };
+  for (const auto& [home, dataHome] : setups) {
+    SCOPED_TRACE(home);
+    std::ostringstream out;
+    EXPECT_EQ(runTrashSelfTest(home, dataHome, out), 0);
+    EXPECT_EQ(runFlowSelfTest(home, dataHome, out), 0);
+    EXPECT_EQ(out.str(), "trash-test ok\nflow-test ok\n");
+  }
+}
+
 TEST(TrashSelfTest, SaysWhyWhenTheFolderCannotBeMoved) {
   if (::geteuid() == 0) GTEST_SKIP() << "root ignores folder permissions";
   testing::ScratchHome scratch;

@@ -76,7 +76,9 @@ std::expected<std::string, std::string> LiveRemovalDisk::moveToTrash(const std::
                                                                      const Identity& expected) {
   auto moved = trash_.moveToTrash(path, expected);
   if (!moved) return std::unexpected(moved.error());
-  return moved->trashDirectory + "/files/" + moved->name;
+  // The data home may be reached through a link; what is searched after the move must not be.
+  const std::string trash = resolve(moved->trashDirectory).value_or(moved->trashDirectory);
+  return trash + "/files/" + moved->name;
 }
 
 std::expected<void, std::string> LiveRemovalDisk::putBack(const std::string& trashed,

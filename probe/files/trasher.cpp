@@ -56,12 +56,13 @@ Trasher::Trasher(std::string home, RemovalGuards guards, RemovalDisk& disk,
     : home_(tidy(home)), guards_(std::move(guards)), disk_(disk) {
   resolvedHome_ = disk_.resolve(home_).value_or(home_);
   checkedGuards_ = guards_;
-  // A guarded folder reached through a link is guarded where it really is, too.
+  // A guarded folder reached through a link is guarded where it really is, too; and one
+  // spelled from home's real path (XDG_DATA_HOME set to it while HOME goes through a link) is
+  // guarded in home's spelling, which is the one the rules compare.
   auto addResolved = [&](const std::vector<std::string>& paths, std::vector<std::string>& checked) {
     for (const std::string& path : paths) {
-      if (auto resolved = disk_.resolve(path); resolved && *resolved != path) {
-        checked.push_back(homeSpelling(*resolved));
-      }
+      const std::string spelled = homeSpelling(disk_.resolve(path).value_or(tidy(path)));
+      if (std::ranges::find(checked, spelled) == checked.end()) checked.push_back(spelled);
     }
   };
   addResolved(guards_.kept, checkedGuards_.kept);
@@ -174,7 +175,8 @@ std::optional<std::string> Trasher::refusalOnDisk(const std::string& path,
 TrashResult Trasher::act(const TrashItem& item, CleanAction action,
                          const std::vector<RemovalDisk::Identity>& guarded) const {
   using Outcome = TrashResult::Outcome;
-  const std::string path = tidy(item.path);
+  // A path spelled from home's real path is judged in home's own spelling.
+  const std::string path = homeSpelling(tidy(item.path));
 
   const auto entry = disk_.inspect(path);
   if (!entry && entry.error().isGone()) return result(item, Outcome::alreadyGone);

@@ -312,5 +312,42 @@ TEST(Trasher, OnTheLiveDiskMovesWhatIsAllowedAndTrashCliSeesIt) {
   EXPECT_NE(listing.find(" " + scratch.home + "/projects/old\n"), std::string::npos) << listing;
 }
 
+// HOME through a link and XDG_DATA_HOME by the real path, and the other way round: the data
+// folder stays protected in every spelling.
+TEST(Trasher, GuardsTheDataFolderHoweverHomeAndTheDataHomeAreSpelled) {
+  namespace fs = std::filesystem;
+  testing::ScratchFolder scratch;
+  const std::string base = fs::canonical(scratch.path()).string();
+  scratch.write("real/ann/.local/share/Tovrin/history.sqlite", "history");
+  scratch.write("real/ann/notes/old.txt", "old");
+  fs::create_directory_symlink(base + "/real/ann", base + "/ann");
+  const struct {
+    const char* why;
+    std::string home;
+    std::string dataHome;
+  } cases[] = {
+      {"home through a link", base + "/ann", base + "/real/ann/.local/share"},
+      {"data home through a link", base + "/real/ann", base + "/ann/.local/share"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.why);
+    LiveRemovalDisk disk(FreedesktopTrash(c.dataHome, ::getuid()));
+    const Trasher trasher(c.home, {.kept = DataFolder::protectedPaths(c.home, c.dataHome)}, disk);
+    for (const std::string& spelledHome : {base + "/ann", base + "/real/ann"}) {
+      SCOPED_TRACE(spelledHome);
+      const auto results = trasher.trash({{.path = spelledHome + "/.local/share/Tovrin"},
+                                          {.path = spelledHome + "/.local/share"},
+                                          {.path = spelledHome + "/.local"}});
+      // Spelled through a link home does not go through, it is outside home; else guarded.
+      EXPECT_EQ(results[0].reason, spelledHome == c.home || c.home == base + "/ann"
+                                       ? "Tovrin needs it to run"
+                                       : "It's outside your home folder");
+      EXPECT_EQ(results[1].outcome, Outcome::refused);
+      EXPECT_EQ(results[2].outcome, Outcome::refused);
+    }
+    EXPECT_EQ(testing::fileBytes(base + "/real/ann/.local/share/Tovrin/history.sqlite"), "history");
+  }
+}
+
 }  // namespace
 }  // namespace pellwin
