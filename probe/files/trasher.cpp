@@ -87,6 +87,15 @@ std::string Trasher::homeSpelling(const std::string& resolved) const {
   return home_ + resolved.substr(resolvedHome_.size());
 }
 
+std::optional<std::string> Trasher::ruleRefusal(const std::string& path, CleanAction action) const {
+  const std::string spelled = homeSpelling(tidy(path));
+  if (auto refused = RemovalRules::verdict(spelled, home_, false, std::nullopt, checkedGuards_)) {
+    return refused->reason;
+  }
+  if (action == CleanAction::delete_ && !isCleanable(spelled)) return std::string(onlyCaches);
+  return std::nullopt;
+}
+
 std::vector<TrashResult> Trasher::trash(const std::vector<TrashItem>& items) const {
   return perform(items, CleanAction::trash);
 }

@@ -34,6 +34,11 @@ class Trasher {
   [[nodiscard]] std::vector<TrashResult> perform(const std::vector<TrashItem>& items,
                                                  CleanAction action) const;
 
+  // The reason the rules alone (no look at the disk) refuse `action` on `path`: the removal
+  // rules, and for deleting for good the cleanable test. What a plan may offer.
+  [[nodiscard]] std::optional<std::string> ruleRefusal(const std::string& path,
+                                                       CleanAction action) const;
+
   [[nodiscard]] const std::string& home() const { return home_; }
   [[nodiscard]] const std::string& resolvedHome() const { return resolvedHome_; }
   [[nodiscard]] const RemovalGuards& guards() const { return guards_; }
