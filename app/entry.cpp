@@ -63,7 +63,8 @@ int runCommand(const Command& command, const Environment& environment, std::ostr
   switch (command.kind) {
     case CommandKind::check: return check(environment, out);
     case CommandKind::checkStorage:
-      return runStorageCheck(command.arguments, environment, out, err);
+      return runStorageCheck(command.arguments, environment, out, err,
+                             historyFile(command, environment));
     case CommandKind::seedHistory: return seedHistory(command, environment, out, err);
     case CommandKind::seedHistoryNoPath: err << "--seed-history needs a path\n"; return 2;
     case CommandKind::help: out << usageText(); return 0;
