@@ -352,7 +352,11 @@ void SpaceMapModel::dismissRefusal(std::string_view path) {
 const RemovalSelection& SpaceMapModel::deleteList() const { return state_->selection; }
 
 bool SpaceMapModel::isInDeleteList(const SizeNode& node) const {
-  return !state_->selection.covering(node).empty();
+  // Asked for every arc while painting, so it compares paths instead of copying the covering
+  // items' subtrees.
+  return std::ranges::any_of(state_->selection.items(), [&](const SizeNode& item) {
+    return pathIsWithin(node.path, item.path);
+  });
 }
 
 const std::vector<SpaceMapModel::Refused>& SpaceMapModel::refusals() const {

@@ -302,6 +302,11 @@ TEST(SpaceMapModel, TheDeleteListRefusesWithTheRulesSentencesAndKeepsThemBesideI
   EXPECT_EQ(model->deleteList().count(), 2u);
   EXPECT_EQ(model->deleteList().totalBytes(), 40'000'000u);
   EXPECT_TRUE(model->isInDeleteList(*model->tree()->find(home + "/film.mov")));
+  EXPECT_FALSE(model->isInDeleteList(*model->tree()->find(home + "/Documents")));
+  EXPECT_FALSE(model->isInDeleteList(SizeNode{.path = home + "/film"})) << "a name's prefix";
+  (void)model->addToDeleteList(home + "/code/app");
+  EXPECT_TRUE(model->isInDeleteList(*model->tree()->find(home + "/code/app/data.bin")))
+      << "through the folder above it";
 
   (void)model->addToDeleteList(home + "/Documents");
   EXPECT_EQ(model->refusals().size(), expected.size()) << "a second try replaces the first";
