@@ -96,15 +96,15 @@ std::string usageText() {
          "                               (see --check-storage --help)\n"
          "  --seed-history PATH          write a synthetic history into a scratch database\n"
          "  --history-db PATH            use another history file\n"
+         "  -h, --help                   print this help\n"
+         "  --version                    print the version\n"
          "\n"
          "Launch checks of the tray app:\n"
          "  --status PATH                five seconds after start, write the login item,\n"
          "                               notification and visible-window state to PATH\n"
          "  --test-notification          with --status: post a test notification and write\n"
          "                               its outcome too\n"
-         "  --capture                    keep the window open on every start (for screenshots)\n"
-         "  -h, --help                   print this help\n"
-         "  --version                    print the version\n";
+         "  --capture                    keep the window open on every start (for screenshots)\n";
 }
 
 }  // namespace pellwin
