@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "core/history/alert_row.h"
+#include "core/history/clean_row.h"
 #include "core/history/day_row.h"
 #include "core/history/episode_row.h"
 #include "core/history/history_point.h"
@@ -50,6 +51,8 @@ class HistoryStore {
   // Newest first; equal times by descending id.
   [[nodiscard]] SQLiteResult<std::vector<AlertRow>> alerts(std::int64_t limit) const;
   [[nodiscard]] SQLiteResult<std::int64_t> unreadAlertCount() const;
+  // The cleanups logged within [from, to], newest first.
+  [[nodiscard]] SQLiteResult<std::vector<CleanRow>> cleans(double from, double to) const;
   [[nodiscard]] SQLiteResult<void> markAllAlertsRead() const;
   // The chart series of one range ending at `end`: one point per sample for the hour and day,
   // one per minute (starting a minute early so the first bucket is whole) for week and month.

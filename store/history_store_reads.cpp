@@ -90,6 +90,15 @@ std::optional<AlertRow> readAlert(const SQLiteStatement& row) {
                   .read = row.integer(7) != 0};
 }
 
+std::optional<CleanRow> readClean(const SQLiteStatement& row) {
+  return CleanRow{.id = row.integer(0),
+                  .time = row.real(1),
+                  .rules = row.text(2),
+                  .bytesDeleted = row.integer(3),
+                  .bytesTrashed = row.integer(4),
+                  .items = row.integer(5)};
+}
+
 SQLiteResult<std::int64_t> count(const SQLiteDatabase& db, const std::string& sql) {
   auto rows =
       db.query<std::int64_t>(sql, {}, [](const SQLiteStatement& r) { return r.integer(0); });
@@ -155,6 +164,13 @@ SQLiteResult<std::vector<AlertRow>> HistoryStore::alerts(std::int64_t limit) con
 
 SQLiteResult<std::int64_t> HistoryStore::unreadAlertCount() const {
   return count(db_, "SELECT COUNT(*) FROM alerts WHERE read = 0");
+}
+
+SQLiteResult<std::vector<CleanRow>> HistoryStore::cleans(double from, double to) const {
+  return db_.query<CleanRow>(
+      "SELECT id, time, rules, bytes_deleted, bytes_trashed, items FROM cleans\nWHERE time >= ? "
+      "AND time <= ? ORDER BY time DESC, id DESC",
+      range(from, to), readClean);
 }
 
 SQLiteResult<void> HistoryStore::markAllAlertsRead() const {

@@ -242,6 +242,25 @@ TEST_F(HistoryStoreTest, ClearAllKeepsTheCleanupLog) {
   EXPECT_EQ(logged, std::vector<std::string>{"Browser caches 9223372036854775807 7 2"});
 }
 
+TEST_F(HistoryStoreTest, CleansAreReadBackWithinTheirRangeNewestFirst) {
+  ASSERT_TRUE(store().logClean(10, "too early", 1, 0, 1).has_value());
+  ASSERT_TRUE(store().logClean(20, "Browser caches", 18446744073709551615ull, 7, 2).has_value());
+  ASSERT_TRUE(store().logClean(30, "Old logs", 0, 4096, 3).has_value());
+  ASSERT_TRUE(store().logClean(30, "Build files", 5, 6, 1).has_value());
+  auto rows = store().cleans(20, 30);
+  ASSERT_TRUE(rows.has_value());
+  std::vector<std::string> rules;
+  for (const CleanRow& row : *rows) rules.push_back(row.rules);
+  EXPECT_EQ(rules, (std::vector<std::string>{"Build files", "Old logs", "Browser caches"}))
+      << "equal times by descending id; both ends of the range included";
+  EXPECT_EQ(rows->back(), (CleanRow{.id = 2,
+                                    .time = 20,
+                                    .rules = "Browser caches",
+                                    .bytesDeleted = 9223372036854775807,
+                                    .bytesTrashed = 7,
+                                    .items = 2}));
+}
+
 TEST_F(HistoryStoreTest, MarkingAlertsReadZeroesTheUnreadCount) {
   write(RollupOutput{.alerts = {{.time = 1}, {.time = 2}, {.time = 3, .read = true}}});
   EXPECT_EQ(store().unreadAlertCount(), 2);
