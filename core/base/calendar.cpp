@@ -139,6 +139,22 @@ std::optional<double> Calendar::startOfDay(std::string_view key) const {
   return midnight;
 }
 
+std::string dateLabel(const LocalTime& time) {
+  static constexpr std::array<const char*, 7> weekdays = {"Sun", "Mon", "Tue", "Wed",
+                                                          "Thu", "Fri", "Sat"};
+  static constexpr std::array<const char*, 12> months = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
+                                                         "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
+  return std::string(weekdays[static_cast<std::size_t>(time.weekday)]) + " " +
+         std::to_string(time.day) + " " + months[static_cast<std::size_t>(time.month - 1)];
+}
+
+std::string clockLabel(const LocalTime& time) {
+  const int hour12 = time.hour % 12 == 0 ? 12 : time.hour % 12;
+  std::string label = std::to_string(hour12);
+  label.append(time.minute < 10 ? ":0" : ":").append(std::to_string(time.minute));
+  return label.append(time.hour < 12 ? " AM" : " PM");
+}
+
 std::optional<std::string> addingDays(std::string_view key, int days) {
   const std::optional<long long> start = daysOfKey(key);
   if (!start) return std::nullopt;

@@ -55,6 +55,11 @@ class Calendar {
   std::vector<Offset> offsets_;  // sorted by `from`
 };
 
+// "EEE d MMM" in the en_US_POSIX locale, such as "Mon 3 Jun".
+[[nodiscard]] std::string dateLabel(const LocalTime& time);
+// "h:mm a" in the en_US_POSIX locale, such as "9:05 AM".
+[[nodiscard]] std::string clockLabel(const LocalTime& time);
+
 // The date `days` after the one `key` names ("%04d-%02d-%02d"); negative goes back. Pure date
 // arithmetic, the same in every zone. Absent when `key` is no date.
 [[nodiscard]] std::optional<std::string> addingDays(std::string_view key, int days);
