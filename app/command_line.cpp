@@ -20,6 +20,7 @@ Command parseMode(const std::vector<std::string>& arguments) {
     if (std::next(it) == arguments.end()) return {.kind = CommandKind::seedHistoryNoPath};
     return {.kind = CommandKind::seedHistory, .path = *std::next(it)};
   }
+  if (has("--report")) return {.kind = CommandKind::report};
   if (has("--help") || has("-h")) return {.kind = CommandKind::help};
   if (has("--version")) return {.kind = CommandKind::version};
   return {.kind = CommandKind::windowed};
@@ -33,6 +34,9 @@ Command parseCommandLine(const std::vector<std::string>& arguments) {
   if (it != arguments.end() && std::next(it) != arguments.end()) {
     command.historyDatabase = *std::next(it);
   }
+  if (command.kind == CommandKind::check || command.kind == CommandKind::report) {
+    command.json = std::find(arguments.begin(), arguments.end(), "--json") != arguments.end();
+  }
   return command;
 }
 
@@ -41,11 +45,14 @@ std::string usageText() {
          "Tells why the computer is slow right now and which app is behind it.\n"
          "\n"
          "With no mode, starts the tray app.\n"
-         "  --check                      read the machine twice, two seconds apart, and print\n"
+         "  --check [--json]             read the machine twice, two seconds apart, and print\n"
          "                               its state, its busiest apps and each resource's health\n"
+         "                               (as JSON with --json)\n"
          "  --check-storage [DIR] [...]  scan a folder and print its biggest items\n"
          "                               (see --check-storage --help)\n"
          "  --seed-history PATH          write a synthetic history into a scratch database\n"
+         "  --report [--json]            print the weekly report from the history file\n"
+         "                               (as JSON with --json)\n"
          "  --history-db PATH            use another history file\n"
          "  -h, --help                   print this help\n"
          "  --version                    print the version\n";
