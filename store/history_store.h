@@ -58,6 +58,13 @@ class HistoryStore {
   // one per minute (starting a minute early so the first bucket is whole) for week and month.
   [[nodiscard]] SQLiteResult<std::vector<HistoryPoint>> points(HistoryRange range,
                                                                double end) const;
+  // What a chart of `range` draws, read cheaply: for the week and month the minutes of each
+  // chart bucket (whole multiples of the bucket since 1970) are folded by SQLite into one point
+  // whose values are weighted by covered seconds, lows and highs the extremes and health the
+  // worst, so chartSeries gives the same series as from `points` at a fraction of the cost (a
+  // month is 360 points, not 43,200). The hour and day are `points`.
+  [[nodiscard]] SQLiteResult<std::vector<HistoryPoint>> chartPoints(HistoryRange range,
+                                                                    double end) const;
   [[nodiscard]] SQLiteResult<std::optional<double>> lastSampleTime() const;
   [[nodiscard]] SQLiteResult<std::int64_t> rowCount(HistoryTable table) const;
   [[nodiscard]] SQLiteResult<int> userVersion() const;

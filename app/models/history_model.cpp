@@ -6,7 +6,7 @@ namespace {
 
 SQLiteResult<HistoryView> readView(const HistoryStore& store, HistoryRange range, double now,
                                    const Calendar& calendar) {
-  auto points = store.points(range, now);
+  auto points = store.chartPoints(range, now);
   if (!points) return std::unexpected(points.error());
   auto episodes = store.episodes(now - span(range), now);
   if (!episodes) return std::unexpected(episodes.error());
