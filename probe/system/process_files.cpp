@@ -37,6 +37,8 @@ std::optional<ProcessStat> parseProcessStat(std::string_view text) {
       case 12: stat.majorFaults = parseUnsigned(word).value_or(0); break;
       case 14: stat.userTicks = parseUnsigned(word).value_or(0); break;
       case 15: stat.systemTicks = parseUnsigned(word).value_or(0); break;
+      case 16: stat.childUserTicks = parseUnsigned(word).value_or(0); break;
+      case 17: stat.childSystemTicks = parseUnsigned(word).value_or(0); break;
       case 20: stat.threads = parseUnsigned(word).value_or(0); break;
       case 22: stat.startTicks = parseUnsigned(word).value_or(0); break;
       default: break;

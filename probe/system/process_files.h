@@ -24,6 +24,10 @@ struct ProcessStat {
   std::uint64_t majorFaults = 0;  // majflt
   std::uint64_t userTicks = 0;    // utime
   std::uint64_t systemTicks = 0;  // stime
+  // cutime + cstime: the CPU time of waited-for children, and of everything they waited for,
+  // added by the kernel when each was reaped (kernel/exit.c, wait_task_zombie).
+  std::uint64_t childUserTicks = 0;
+  std::uint64_t childSystemTicks = 0;
   std::uint64_t threads = 0;      // num_threads
   std::uint64_t startTicks = 0;   // starttime: clock ticks after boot
 };
