@@ -100,6 +100,25 @@ ProcessIO parseProcessIO(std::string_view text) {
   return io;
 }
 
+std::optional<std::uint64_t> parseUptimeTicks(std::string_view text,
+                                             std::uint64_t ticksPerSecond) {
+  const std::string_view field = nextWord(text);
+  const auto dot = field.find('.');
+  const auto whole = parseUnsigned(field.substr(0, dot));
+  if (!whole) return std::nullopt;
+  std::uint64_t fraction = 0, scale = 1;
+  if (dot != std::string_view::npos) {
+    const std::string_view digits = field.substr(dot + 1).substr(0, 6);
+    const auto value = parseUnsigned(digits);
+    if (!value) return std::nullopt;
+    fraction = *value;
+    for (std::size_t i = 0; i < digits.size(); ++i) scale *= 10;
+  }
+  const auto ticks = checkedProduct(*whole, ticksPerSecond);
+  if (!ticks) return std::nullopt;
+  return checkedSum(*ticks, fraction * ticksPerSecond / scale);
+}
+
 std::vector<std::string> parseCommandLine(std::string_view text) {
   std::vector<std::string> arguments;
   while (!text.empty()) {

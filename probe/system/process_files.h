@@ -59,6 +59,11 @@ struct ProcessIO {
 
 [[nodiscard]] ProcessIO parseProcessIO(std::string_view text);
 
+// The first field of /proc/uptime ("350735.47 234388.90"), seconds since boot on the clock that
+// stat's starttime counts, in ticks of `ticksPerSecond`. Absent when malformed.
+[[nodiscard]] std::optional<std::uint64_t> parseUptimeTicks(std::string_view text,
+                                                           std::uint64_t ticksPerSecond);
+
 // The NUL-separated arguments of /proc/PID/cmdline. A program that rewrote its title into one
 // space-separated string gives one argument; a zombie or kernel thread gives none.
 [[nodiscard]] std::vector<std::string> parseCommandLine(std::string_view text);

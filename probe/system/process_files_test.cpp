@@ -73,6 +73,24 @@ TEST(ParseProcessIO, TakesStorageBytesNotCharacters) {
   EXPECT_EQ(parseProcessIO("read_bytes: -1\n"), ProcessIO{});
 }
 
+TEST(ParseUptimeTicks, GivesTicksOnStatsClock) {
+  const struct {
+    const char* why;
+    std::string_view text;
+    std::optional<std::uint64_t> ticks;
+  } cases[] = {
+      {"two decimals", "350735.47 234388.90\n", 35073547},
+      {"no fraction", "12 3", 1200},
+      {"a finer fraction", "1.0051 0", 100},
+      {"not a number", "x.5 1", std::nullopt},
+      {"empty", "", std::nullopt},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.why);
+    EXPECT_EQ(parseUptimeTicks(c.text, 100), c.ticks);
+  }
+}
+
 TEST(ParseCommandLine, SplitsAtNulAndKeepsEmptyArguments) {
   EXPECT_EQ(parseCommandLine("python3\0-m\0\0http.server\0"s),
             (std::vector<std::string>{"python3", "-m", "", "http.server"}));
