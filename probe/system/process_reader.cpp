@@ -343,9 +343,9 @@ void ProcessReader::recheckApp(int procFd, std::int32_t pid, std::uint64_t gener
   }
   // A process that owes its app to its parent follows the parent's; the parent chain is
   // cheap to look at, the lookup is asked only when it changed.
-  auto fromParent = parentApp(tracked);
+  const auto& fromParent = parentApp(tracked);
   if (!sameApp(fromParent, tracked.appFacts.parentApp)) {
-    tracked.appFacts.parentApp = std::move(fromParent);
+    tracked.appFacts.parentApp = fromParent;
     tracked.appGeneration = generation;
     tracked.facts.app = apps_->identity(tracked.appFacts, now_);
     return;
@@ -429,9 +429,10 @@ ProcessReader::Tracked* ProcessReader::parentOf(const Tracked& child) {
   return found->second.startTicks <= child.startTicks ? &found->second : nullptr;
 }
 
-std::optional<AppIdentity> ProcessReader::parentApp(const Tracked& child) {
+const std::optional<AppIdentity>& ProcessReader::parentApp(const Tracked& child) {
+  static const std::optional<AppIdentity> none;
   const Tracked* parent = parentOf(child);
-  return parent ? parent->facts.app : std::nullopt;
+  return parent ? parent->facts.app : none;
 }
 
 void ProcessReader::creditParent(Tracked& gone) {

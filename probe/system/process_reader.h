@@ -114,7 +114,7 @@ class ProcessReader {
                          const Usage& usage, Tracked& tracked);
   // The live parent of `child` (not a later process that took the parent's pid), if tracked.
   [[nodiscard]] Tracked* parentOf(const Tracked& child);
-  [[nodiscard]] std::optional<AppIdentity> parentApp(const Tracked& child);
+  [[nodiscard]] const std::optional<AppIdentity>& parentApp(const Tracked& child);
   // A process that went away: its parent reaps its work (see WorkLedger).
   void creditParent(Tracked& gone);
   // Newborns' work from before their first reading, to their nearest ancestor that was in
