@@ -1,6 +1,9 @@
 #include "app/command_line.h"
 
 #include <algorithm>
+#include <iterator>
+
+#include "core/base/printable_text.h"
 
 namespace pellwin {
 
@@ -25,14 +28,40 @@ Command parseMode(const std::vector<std::string>& arguments) {
   return {.kind = CommandKind::windowed};
 }
 
+// The first argument that no mode takes, as a sentence. Position 0 is the program itself.
+std::optional<std::string> strayArgument(const std::vector<std::string>& arguments) {
+  constexpr std::string_view switches[] = {
+      "--check", "--help", "-h", "--version", "--test-notification", "--capture"};
+  for (std::size_t i = 1; i < arguments.size(); ++i) {
+    const std::string& argument = arguments[i];
+    if (argument == "--check-storage" || argument == "--seed-history") return std::nullopt;
+    if (argument == "--history-db" || argument == "--status") {
+      ++i;  // its value, checked elsewhere when missing
+      continue;
+    }
+    if (std::find(std::begin(switches), std::end(switches), argument) != std::end(switches)) {
+      continue;
+    }
+    if (argument.starts_with("-")) {
+      return "tovrin doesn't know the option " + printableText(argument) + " (see tovrin --help)";
+    }
+    return "tovrin takes no argument \"" + printableText(argument) + "\" here (see tovrin --help)";
+  }
+  return std::nullopt;
+}
+
 }  // namespace
 
 Command parseCommandLine(const std::vector<std::string>& arguments) {
-  Command command = parseMode(arguments);
   const auto it = std::find(arguments.begin(), arguments.end(), "--history-db");
-  if (it != arguments.end() && std::next(it) != arguments.end()) {
-    command.historyDatabase = *std::next(it);
+  if (it != arguments.end() && std::next(it) == arguments.end()) {
+    return {.kind = CommandKind::badArguments, .problem = "--history-db needs a path"};
   }
+  if (auto stray = strayArgument(arguments)) {
+    return {.kind = CommandKind::badArguments, .problem = std::move(*stray)};
+  }
+  Command command = parseMode(arguments);
+  if (it != arguments.end()) command.historyDatabase = *std::next(it);
   return command;
 }
 

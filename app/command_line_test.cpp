@@ -44,15 +44,27 @@ TEST(CommandLine, FirstMatchingTestWinsInTheFixedOrder) {
       {"help", {"tovrin", "--version", "--help"}, {.kind = CommandKind::help}},
       {"short help", {"tovrin", "-h"}, {.kind = CommandKind::help}},
       {"version", {"tovrin", "--version"}, {.kind = CommandKind::version}},
-      {"near misses fall through",
+      {"a near miss is no mode",
        {"tovrin", "--Check", "check", "--check=1"},
-       {.kind = CommandKind::windowed}},
+       {.kind = CommandKind::badArguments,
+        .problem = "tovrin doesn't know the option --Check (see tovrin --help)"}},
+      {"an unknown option is refused, even beside a mode",
+       {"tovrin", "--frobnicate", "--check"},
+       {.kind = CommandKind::badArguments,
+        .problem = "tovrin doesn't know the option --frobnicate (see tovrin --help)"}},
+      {"a bare word",
+       {"tovrin", "Documents"},
+       {.kind = CommandKind::badArguments,
+        .problem = "tovrin takes no argument \"Documents\" here (see tovrin --help)"}},
       {"history-db picks the history file of any mode",
        {"tovrin", "--history-db", "/tmp/h.sqlite", "--check"},
        {.kind = CommandKind::check, .historyDatabase = "/tmp/h.sqlite"}},
-      {"history-db as the last argument is ignored",
+      {"history-db as the last argument",
        {"tovrin", "--history-db"},
-       {.kind = CommandKind::windowed}},
+       {.kind = CommandKind::badArguments, .problem = "--history-db needs a path"}},
+      {"history-db without a path after check-storage",
+       {"tovrin", "--check-storage", "--clean", "--history-db"},
+       {.kind = CommandKind::badArguments, .problem = "--history-db needs a path"}},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.why);
@@ -65,6 +77,14 @@ TEST(CommandLine, SeedHistoryWithoutPathExitsTwoWithItsMessage) {
   const int status = runCommand({.kind = CommandKind::seedHistoryNoPath}, {}, out, err);
   EXPECT_EQ(status, 2);
   EXPECT_EQ(err.str(), "--seed-history needs a path\n");
+  EXPECT_EQ(out.str(), "");
+}
+
+TEST(CommandLine, BadArgumentsSayOneLineAndExitTwo) {
+  std::ostringstream out, err;
+  const Command command{.kind = CommandKind::badArguments, .problem = "--history-db needs a path"};
+  EXPECT_EQ(runCommand(command, {}, out, err), 2);
+  EXPECT_EQ(err.str(), "--history-db needs a path\n");
   EXPECT_EQ(out.str(), "");
 }
 

@@ -63,12 +63,14 @@ int runCommand(const Command& command, const Environment& environment, std::ostr
   switch (command.kind) {
     case CommandKind::check: return check(environment, out);
     case CommandKind::checkStorage:
-      return runStorageCheck(command.arguments, environment, out, err);
+      return runStorageCheck(command.arguments, environment, out, err,
+                             historyFile(command, environment));
     case CommandKind::seedHistory: return seedHistory(command, environment, out, err);
     case CommandKind::seedHistoryNoPath: err << "--seed-history needs a path\n"; return 2;
     case CommandKind::help: out << usageText(); return 0;
     case CommandKind::version: out << "tovrin " << PELLWIN_VERSION << "\n"; return 0;
     case CommandKind::windowed: return notBuiltYet(err, "The tray app");
+    case CommandKind::badArguments: err << command.problem << "\n"; return 2;
   }
   return 1;
 }

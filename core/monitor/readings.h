@@ -25,6 +25,7 @@ struct AppIdentity {
 
 struct ProcessSample {
   std::int32_t pid = 0;
+  std::int32_t parentPid = 0;  // 0 when unknown; changes when the parent goes away
   std::string name{};
   // The executable: its exe link, or, when that is not ours to read (another user's process),
   // the file its command line names. Empty when unknown.

@@ -10,8 +10,10 @@
 #include <functional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "probe/file_descriptor.h"
+#include "probe/files/file_identity.h"
 #include "probe/system_error.h"
 
 namespace pellwin {
@@ -48,10 +50,14 @@ struct FolderWalkVisitor {
                                                           const FolderWalkVisitor& visitor);
 
 // Removes the entry `name` of the open folder `parentFd`, and for a folder everything in it,
-// without following a link and without entering another volume (a disk mounted inside stays,
-// and so does every folder around it). Folders the user owns that lack write or search
-// permission are opened up first, so that read-only caches can go. Whatever can be removed is;
-// the first problem comes back as a sentence. An entry that is already gone is a success.
-[[nodiscard]] std::expected<void, std::string> removeTree(int parentFd, const std::string& name);
+// without following a link and without entering a mount point (a disk or a bind-mounted folder
+// inside stays, and so does every folder around it; a mount point itself is refused). Folders the
+// user owns that lack write or search permission are opened up first, so that read-only caches can
+// go. Whatever can be removed is; the first problem comes back as a sentence. An entry that is
+// already gone is a success.
+// A folder inside that is one of `kept` (moved in by someone meanwhile) stays, with the folders
+// around it, and is named in the problem.
+[[nodiscard]] std::expected<void, std::string> removeTree(
+    int parentFd, const std::string& name, const std::vector<FileIdentity>& kept = {});
 
 }  // namespace pellwin

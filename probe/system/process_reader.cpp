@@ -132,7 +132,9 @@ std::vector<ProcessSample> ProcessReader::read(double now) {
       updateCounters(procFd, pid, *stat, usage, tracked);
 
       tracked.sampleIndex = samples.size();
-      fillCounters(tracked, samples.emplace_back(tracked.facts));
+      ProcessSample& sample = samples.emplace_back(tracked.facts);
+      fillCounters(tracked, sample);
+      sample.parentPid = stat->parent;
     }
     adoptNewborns(samples);
   }
