@@ -23,6 +23,7 @@ Command parseMode(const std::vector<std::string>& arguments) {
     if (std::next(it) == arguments.end()) return {.kind = CommandKind::seedHistoryNoPath};
     return {.kind = CommandKind::seedHistory, .path = *std::next(it)};
   }
+  if (has("--report")) return {.kind = CommandKind::report};
   if (has("--help") || has("-h")) return {.kind = CommandKind::help};
   if (has("--version")) return {.kind = CommandKind::version};
   return {.kind = CommandKind::windowed};
@@ -50,7 +51,8 @@ LaunchOptions parseLaunchOptions(const std::vector<std::string>& arguments) {
 // The first argument that no mode takes, as a sentence. Position 0 is the program itself.
 std::optional<std::string> strayArgument(const std::vector<std::string>& arguments) {
   constexpr std::string_view switches[] = {
-      "--check", "--help", "-h", "--version", "--test-notification", "--capture"};
+      "--check",  "--report", "--json", "--help", "-h", "--version", "--test-notification",
+      "--capture"};
   for (std::size_t i = 1; i < arguments.size(); ++i) {
     const std::string& argument = arguments[i];
     if (argument == "--check-storage" || argument == "--seed-history") return std::nullopt;
@@ -81,6 +83,9 @@ Command parseCommandLine(const std::vector<std::string>& arguments) {
   }
   Command command = parseMode(arguments);
   if (it != arguments.end()) command.historyDatabase = *std::next(it);
+  if (command.kind == CommandKind::check || command.kind == CommandKind::report) {
+    command.json = std::find(arguments.begin(), arguments.end(), "--json") != arguments.end();
+  }
   if (command.kind == CommandKind::windowed) command.launch = parseLaunchOptions(arguments);
   return command;
 }
@@ -90,11 +95,14 @@ std::string usageText() {
          "Tells why the computer is slow right now and which app is behind it.\n"
          "\n"
          "With no mode, starts the tray app.\n"
-         "  --check                      read the machine twice, two seconds apart, and print\n"
+         "  --check [--json]             read the machine twice, two seconds apart, and print\n"
          "                               its state, its busiest apps and each resource's health\n"
+         "                               (as JSON with --json)\n"
          "  --check-storage [DIR] [...]  scan a folder and print its biggest items\n"
          "                               (see --check-storage --help)\n"
          "  --seed-history PATH          write a synthetic history into a scratch database\n"
+         "  --report [--json]            print the weekly report from the history file\n"
+         "                               (as JSON with --json)\n"
          "  --history-db PATH            use another history file\n"
          "  -h, --help                   print this help\n"
          "  --version                    print the version\n"

@@ -15,6 +15,7 @@ enum class CommandKind {
   checkStorage,       // "--check-storage" with the arguments after it
   seedHistory,        // "--seed-history PATH"
   seedHistoryNoPath,  // "--seed-history" as the last argument
+  report,             // "--report": the weekly report from the history file
   help,               // "--help" or "-h"
   version,            // "--version"
   windowed,           // nothing matched: the tray app
@@ -27,6 +28,7 @@ enum class CommandKind {
       {CommandKind::checkStorage, "checkStorage"},
       {CommandKind::seedHistory, "seedHistory"},
       {CommandKind::seedHistoryNoPath, "seedHistoryNoPath"},
+      {CommandKind::report, "report"},
       {CommandKind::help, "help"},
       {CommandKind::version, "version"},
       {CommandKind::windowed, "windowed"},
@@ -50,16 +52,18 @@ struct Command {
   std::string path;                              // for seedHistory
   std::optional<std::string> historyDatabase{};  // "--history-db PATH", in any mode
   std::string problem{};                         // for badArguments: one line for the user
+  bool json = false;                             // "--json", for check and report
   LaunchOptions launch{};                        // for windowed
   friend bool operator==(const Command&, const Command&) = default;
 };
 
 // `arguments` is the whole argument list, the program path in position 0 included. Tested in
 // this order, the first match winning: "--check" exactly, "--check-storage", "--seed-history",
-// "--help"/"-h", "--version"; for the switches that take arguments the first occurrence counts.
-// "--history-db" followed by another argument sets `historyDatabase` whatever the mode. Every
-// argument before "--check-storage" or "--seed-history" (whose arguments are their own) must be
-// a known switch: anything else, or "--history-db" as the last argument, is `badArguments`.
+// "--report", "--help"/"-h", "--version"; for the switches that take arguments the first
+// occurrence counts. "--history-db" followed by another argument sets `historyDatabase` whatever
+// the mode. "--json" anywhere sets `json` for the check and the report. Every argument before
+// "--check-storage" or "--seed-history" (whose arguments are their own) must be a known switch:
+// anything else, or "--history-db" as the last argument, is `badArguments`.
 // For the tray app, "--status" followed by another argument names the status file (as the last
 // argument it is ignored); "--test-notification" counts only with a status file, and
 // "--capture" anywhere.

@@ -41,6 +41,19 @@ TEST(CommandLine, FirstMatchingTestWinsInTheFixedOrder) {
       {"help after the modes",
        {"tovrin", "-h", "--seed-history", "p"},
        {.kind = CommandKind::seedHistory, .path = "p"}},
+      {"the report", {"tovrin", "--report", "--help"}, {.kind = CommandKind::report}},
+      {"the report as JSON",
+       {"tovrin", "--json", "--report"},
+       {.kind = CommandKind::report, .json = true}},
+      {"the check as JSON",
+       {"tovrin", "--check", "--json"},
+       {.kind = CommandKind::check, .json = true}},
+      {"the check comes before the report",
+       {"tovrin", "--report", "--check"},
+       {.kind = CommandKind::check}},
+      {"JSON means nothing to the other modes",
+       {"tovrin", "--json", "--seed-history", "p"},
+       {.kind = CommandKind::seedHistory, .path = "p"}},
       {"help", {"tovrin", "--version", "--help"}, {.kind = CommandKind::help}},
       {"short help", {"tovrin", "-h"}, {.kind = CommandKind::help}},
       {"version", {"tovrin", "--version"}, {.kind = CommandKind::version}},
@@ -122,6 +135,8 @@ TEST(CommandLine, HelpAndVersionPrintAndSucceed) {
   std::ostringstream out, err;
   EXPECT_EQ(runCommand({.kind = CommandKind::help}, {}, out, err), 0);
   EXPECT_NE(out.str().find("--check-storage"), std::string::npos);
+  EXPECT_NE(out.str().find("--report [--json]"), std::string::npos);
+  EXPECT_NE(out.str().find("--check [--json]"), std::string::npos);
   out.str("");
   EXPECT_EQ(runCommand({.kind = CommandKind::version}, {}, out, err), 0);
   EXPECT_EQ(out.str(), std::string("tovrin ") + PELLWIN_VERSION + "\n");
