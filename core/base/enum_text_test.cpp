@@ -9,6 +9,7 @@
 #include "core/history/history_point.h"
 #include "core/history/minute_row.h"
 #include "core/monitor/app_category.h"
+#include "core/monitor/monitor_sort.h"
 #include "core/monitor/resource.h"
 #include "core/monitor/tip.h"
 #include "core/space/project_advisor.h"
@@ -54,7 +55,7 @@ namespace testing {
 
 using CoreEnums =
     ::testing::Types<Resource, Health, ThermalLevel, AppCategory, TipKind, HistoryMetric,
-                     HistoryRange, AppRank, CleanAction, CleanTickState, StorageCategory,
+                     HistoryRange, AppRank, MonitorSort, CleanAction, CleanTickState, StorageCategory,
                      TrashResult::Outcome, SunburstKind, ProjectAdvisor::Kind, DataFolderMove>;
 INSTANTIATE_TYPED_TEST_SUITE_P(Core, EnumTextRoundTrip, CoreEnums);
 
