@@ -58,8 +58,9 @@ AppDetails::AppDetails(QWidget* parent)
   makeSecondary(busy_);
 
   fields_->setLabelAlignment(Qt::AlignLeft | Qt::AlignTop);
-  fields_->setRowWrapPolicy(QFormLayout::WrapAllRows);
-  fields_->setVerticalSpacing(6);
+  fields_->setRowWrapPolicy(QFormLayout::DontWrapRows);
+  fields_->setHorizontalSpacing(10);
+  fields_->setVerticalSpacing(5);
   for (const char* field : fieldNames) {
     QLabel* value = makeLabel(body_);
     value->setWordWrap(true);

@@ -215,6 +215,7 @@ QVariant AppTableModel::headingData(const Heading& heading, int column, int role
     font.setBold(true);
     return font;
   }
+  if (role == Qt::BackgroundRole) return QGuiApplication::palette().brush(QPalette::AlternateBase);
   if (role != Qt::DisplayRole) return {};
   if (column != nameColumn) return {};
   int processes = 0;

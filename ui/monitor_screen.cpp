@@ -2,6 +2,7 @@
 
 #include <QHBoxLayout>
 #include <QHeaderView>
+#include <QScrollArea>
 #include <QVBoxLayout>
 #include <algorithm>
 
@@ -12,6 +13,8 @@ namespace pellwin::ui {
 namespace {
 
 constexpr int detailsWidth = 300;
+// Below this the list would show only a handful of apps; the page scrolls instead.
+constexpr int listMinimumHeight = 250;
 
 QWidget* legendRow(QWidget* parent) {
   auto* row = new QWidget(parent);
@@ -37,13 +40,23 @@ QWidget* legendRow(QWidget* parent) {
 MonitorScreen::MonitorScreen(std::function<const LiveState&()> state, QuitControl& quit,
                              QWidget* parent)
     : QWidget(parent), state_(std::move(state)), quit_(quit) {
-  auto* layout = new QVBoxLayout(this);
-  layout->setContentsMargins(20, 18, 20, 16);
-  layout->setSpacing(12);
+  auto* page = new QWidget;
+  auto* layout = new QVBoxLayout(page);
+  layout->setContentsMargins(20, 16, 20, 16);
+  layout->setSpacing(10);
   layout->addWidget(buildTop());
   result_ = new QuitResultBar(quit_, this);
   layout->addWidget(result_);
   layout->addWidget(buildList(), 1);
+  // A small window scrolls the whole page rather than squeezing the cards into each other.
+  auto* scroll = new QScrollArea(this);
+  scroll->setWidget(page);
+  scroll->setWidgetResizable(true);
+  scroll->setFrameShape(QFrame::NoFrame);
+  scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+  auto* outer = new QVBoxLayout(this);
+  outer->setContentsMargins(0, 0, 0, 0);
+  outer->addWidget(scroll);
   connect(&quit_, &QuitControl::changed, this, &MonitorScreen::refresh);
 }
 
@@ -64,6 +77,10 @@ QWidget* MonitorScreen::buildTop() {
   verdict_ = new VerdictView(top);
   energy_ = new EnergyView(top);
   energy_->setFixedWidth(detailsWidth);
+  // The cards keep the height their lines need; the app list takes what is left.
+  for (QWidget* card : {static_cast<QWidget*>(verdict_), static_cast<QWidget*>(energy_)}) {
+    card->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Minimum);
+  }
   middle->addWidget(verdict_, 1);
   middle->addWidget(energy_);
   layout->addLayout(middle);
@@ -84,6 +101,7 @@ QWidget* MonitorScreen::buildList() {
 
   model_ = new AppTableModel([this](const std::string& id) { return quit_.isWorking(id); }, box);
   view_ = new QTreeView(box);
+  view_->setMinimumHeight(listMinimumHeight);
   view_->setModel(model_);
   view_->setUniformRowHeights(true);
   view_->setRootIsDecorated(false);

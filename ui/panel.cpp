@@ -14,7 +14,7 @@
 namespace pellwin::ui {
 namespace {
 
-constexpr int panelWidth = 420;
+constexpr int panelWidth = 440;
 // Said while there is no snapshot yet: the first one needs two readings.
 constexpr const char* firstReading = "Taking the first reading…";
 
@@ -33,7 +33,17 @@ QPushButton* smallButton(const QString& text, QWidget* parent) {
   QFont font = button->font();
   font.setPointSizeF(font.pointSizeF() - 1);
   button->setFont(font);
+  const int width = button->fontMetrics().horizontalAdvance(text) + 20;
+  button->setFixedSize(width, button->fontMetrics().height() + 10);
   return button;
+}
+
+// The height the panel needs at its fixed width: wrapped lines make it depend on the width,
+// which a plain size hint ignores.
+int neededHeight(QWidget* panel) {
+  QLayout* layout = panel->layout();
+  return layout->hasHeightForWidth() ? layout->totalHeightForWidth(panel->width())
+                                     : layout->totalSizeHint().height();
 }
 
 }  // namespace
@@ -107,8 +117,7 @@ void Panel::buildApps(QVBoxLayout* layout) {
     auto* row = new QHBoxLayout(a.box);
     row->setContentsMargins(0, 0, 0, 0);
     row->setSpacing(6);
-    a.name = makeLabel(a.box);
-    a.name->setMinimumWidth(60);
+    a.name = new ElidingLabel(a.box);
     a.memory = makeLabel(a.box);
     a.cpu = makeLabel(a.box);
     for (QLabel* figure : {a.memory, a.cpu}) {
@@ -154,7 +163,6 @@ void Panel::buildFooter(QVBoxLayout* layout) {
 
 void Panel::popUpAt(const QPoint& cursor) {
   fill();
-  adjustSize();
   const QScreen* screen = QGuiApplication::screenAt(cursor);
   if (screen == nullptr) screen = QGuiApplication::primaryScreen();
   const QRect free = screen->availableGeometry();
@@ -184,6 +192,7 @@ void Panel::fill() {
     fillApps(Snapshot{});
     adviceTitle_->hide();
     advice_->hide();
+    resize(panelWidth, neededHeight(this));
     return;
   }
   const Verdict& verdict = *state.verdict;
@@ -204,7 +213,7 @@ void Panel::fill() {
   advice_->setText(bulleted(advice));
   adviceTitle_->setVisible(!advice.empty());
   advice_->setVisible(!advice.empty());
-  adjustSize();
+  resize(panelWidth, neededHeight(this));
 }
 
 void Panel::fillApps(const Snapshot& snapshot) {
@@ -218,9 +227,7 @@ void Panel::fillApps(const Snapshot& snapshot) {
     }
     const AppUsage& app = snapshot.apps[i];
     a.appID = app.id;
-    const QString name = qs(app.name);
-    a.name->setText(a.name->fontMetrics().elidedText(name, Qt::ElideRight, 170));
-    a.name->setToolTip(app.detail ? qs(*app.detail) : name);
+    a.name->setFullText(qs(app.name));
     a.memory->setText(qs(Format::memory(app.footprintBytes)));
     a.cpu->setText(qs(Format::percent(app.cpuCores / cores)));
     const bool busy = quit_.isWorking(app.id);
@@ -261,7 +268,7 @@ QStringList Panel::texts() const {
   }
   for (const AppRow& a : apps_) {
     if (!a.box->isVisibleTo(this)) continue;
-    out << a.name->text() + " · " + a.memory->text() + " · " + a.cpu->text() +
+    out << a.name->fullText() + " · " + a.memory->text() + " · " + a.cpu->text() +
                (a.busy->isVisibleTo(this) ? " · " + a.busy->text() : QString());
   }
   if (advice_->isVisibleTo(this)) out << advice_->text().split('\n');

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "app/models/live_model.h"
+#include "ui/eliding_label.h"
 #include "ui/health_dot.h"
 #include "ui/quit_control.h"
 #include "ui/quit_result_bar.h"
@@ -57,7 +58,7 @@ class Panel : public QFrame {
   };
   struct AppRow {
     QWidget* box;
-    QLabel* name;
+    ElidingLabel* name;
     QLabel* memory;
     QLabel* cpu;
     QLabel* busy;

@@ -13,7 +13,7 @@ ResourceTile::ResourceTile(Resource resource, QWidget* parent)
     : QFrame(parent),
       dot_(new HealthDot(10, this)),
       title_(makeLabel(this, 0, true)),
-      value_(makeLabel(this, 7, true)),
+      value_(makeLabel(this, 6, true)),
       detail_(makeLabel(this, -1)),
       status_(makeLabel(this)) {
   setObjectName("tile");
@@ -26,7 +26,7 @@ ResourceTile::ResourceTile(Resource resource, QWidget* parent)
   makeSecondary(detail_);
   detail_->setWordWrap(true);
   auto* layout = new QVBoxLayout(this);
-  layout->setContentsMargins(14, 12, 12, 10);
+  layout->setContentsMargins(14, 10, 10, 8);
   layout->setSpacing(2);
   auto* top = new QHBoxLayout;
   top->setSpacing(6);

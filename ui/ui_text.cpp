@@ -29,7 +29,7 @@ QString clockText(double at, double now) {
   const QDateTime when = QDateTime::fromMSecsSinceEpoch(static_cast<qint64>(at * 1000));
   const QDateTime today = QDateTime::fromMSecsSinceEpoch(static_cast<qint64>(now * 1000));
   const QLocale locale;
-  const QString time = locale.toString(when.time(), QLocale::ShortFormat);
+  const QString time = locale.toString(when.time(), "HH:mm");
   if (when.date() == today.date()) return time;
   return locale.toString(when.date(), "d MMM") + ", " + time;
 }

@@ -47,11 +47,13 @@ VerdictView::VerdictView(QWidget* parent)
   setStyleSheet(
       "#verdict { background: palette(base); border: 1px solid palette(midlight);"
       " border-radius: 8px; }");
-  for (QLabel* label : {headline_, reason_, advice_, tips_}) label->setWordWrap(true);
+  for (QLabel* label : {headline_, reason_, contributors_, advice_, tips_}) {
+    label->setWordWrap(true);
+  }
   makeSecondary(reason_);
   makeSecondary(contributorsTitle_);
   auto* layout = new QVBoxLayout(this);
-  layout->setContentsMargins(16, 14, 16, 14);
+  layout->setContentsMargins(16, 12, 16, 12);
   layout->setSpacing(4);
   auto* top = new QHBoxLayout;
   top->setSpacing(10);
@@ -59,7 +61,7 @@ VerdictView::VerdictView(QWidget* parent)
   top->addWidget(headline_, 1);
   layout->addLayout(top);
   layout->addWidget(reason_);
-  layout->addSpacing(8);
+  layout->addSpacing(6);
   auto* columns = new QHBoxLayout;
   columns->setSpacing(24);
   auto* left = new QVBoxLayout;
@@ -71,12 +73,12 @@ VerdictView::VerdictView(QWidget* parent)
   right->setSpacing(4);
   right->addWidget(adviceTitle_);
   right->addWidget(advice_);
-  right->addSpacing(6);
+  right->addSpacing(4);
   right->addWidget(tipsTitle_);
   right->addWidget(tips_);
   right->addStretch(1);
-  columns->addLayout(left, 2);
-  columns->addLayout(right, 3);
+  columns->addLayout(left, 1);
+  columns->addLayout(right, 1);
   layout->addLayout(columns);
 }
 
@@ -88,6 +90,7 @@ void VerdictView::set(const Verdict* verdict) {
                           tipsTitle_, tips_}) {
       label->hide();
     }
+    keepLinesWhole();
     return;
   }
   dot_->setHealth(verdict->overall());
@@ -115,6 +118,19 @@ void VerdictView::set(const Verdict* verdict) {
   tips_->setText(bulleted(tips));
   tipsTitle_->setVisible(!tips.empty());
   tips_->setVisible(!tips.empty());
+  keepLinesWhole();
+}
+
+void VerdictView::resizeEvent(QResizeEvent* event) {
+  QFrame::resizeEvent(event);
+  keepLinesWhole();
+}
+
+// Wrapped lines make the height depend on the width, which a box layout's minimum ignores; a
+// card squeezed below it would cut its advice off mid-line.
+void VerdictView::keepLinesWhole() {
+  const int needed = layout()->totalHeightForWidth(width());
+  if (needed > 0 && needed != minimumHeight()) setMinimumHeight(needed);
 }
 
 QStringList VerdictView::texts() const {

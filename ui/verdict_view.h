@@ -22,7 +22,12 @@ class VerdictView : public QFrame {
   // Every visible line, top to bottom; for tests.
   [[nodiscard]] QStringList texts() const;
 
+ protected:
+  void resizeEvent(QResizeEvent* event) override;
+
  private:
+  void keepLinesWhole();
+
   HealthDot* dot_;
   QLabel* headline_;
   QLabel* reason_;

@@ -19,8 +19,7 @@ ResourceFigure resourceFigure(Resource resource, const Snapshot& s) {
               .detail = "free of " + Format::disk(s.disk.totalBytes)};
     case Resource::diskActivity:
       return {.value = Format::rate(s.disk.trafficBytesPerSecond()),
-              .detail = "read " + Format::rate(s.disk.readBytesPerSecond) + " · write " +
-                        Format::rate(s.disk.writeBytesPerSecond)};
+              .detail = "reading and writing"};
     case Resource::heat:
       return {.value = std::string(label(s.thermal)),
               .detail = s.lowPowerMode ? "Low Power Mode on" : "up " + Format::duration(s.uptime)};

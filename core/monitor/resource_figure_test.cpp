@@ -32,7 +32,7 @@ TEST(ResourceFigure, ShowsEachResourceInItsOwnUnits) {
       {"one core", Resource::cpu, oneCore, {"62%", "busy across 1 core"}},
       {"disk sizes in decimal units", Resource::diskSpace, s, {"48.2 GB", "free of 512 GB"}},
       {"traffic adds reads and writes", Resource::diskActivity, s,
-       {"12 MB/s", "read 9 MB/s · write 3 MB/s"}},
+       {"12 MB/s", "reading and writing"}},
       {"heat", Resource::heat, s, {"Hot", "up 3 days"}},
       {"heat with power saving", Resource::heat, saving, {"Hot", "Low Power Mode on"}},
       {"not measured", Resource::diskActivity, unread, {"—", ""}},
