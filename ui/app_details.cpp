@@ -13,7 +13,7 @@ namespace {
 enum Field { commandLine, workingDirectory, runningSince, processes, processIDs, fieldCount };
 
 constexpr const char* fieldNames[fieldCount] = {"Command line", "Working directory",
-                                                 "Running since", "Processes", "Process IDs"};
+                                                "Running since", "Processes", "Process IDs"};
 
 QString pidText(const std::vector<std::int32_t>& pids) {
   QStringList shown;

@@ -165,8 +165,7 @@ QModelIndex AppTableModel::indexOf(const std::string& appID) const {
     const auto& apps = headings_[row].apps;
     const auto found = std::ranges::find(apps, appID, &AppUsage::id);
     if (found != apps.end()) {
-      return createIndex(static_cast<int>(found - apps.begin()), 0,
-                         idOf(headings_[row].category));
+      return createIndex(static_cast<int>(found - apps.begin()), 0, idOf(headings_[row].category));
     }
   }
   return {};
@@ -176,7 +175,7 @@ QModelIndex AppTableModel::index(int row, int column, const QModelIndex& parent)
   if (row < 0 || column < 0 || column >= columnTotal) return {};
   if (!parent.isValid()) {
     return static_cast<std::size_t>(row) < headings_.size() ? createIndex(row, column, headingID)
-                                                             : QModelIndex();
+                                                            : QModelIndex();
   }
   if (parent.internalId() != headingID) return {};
   if (parent.row() < 0 || static_cast<std::size_t>(parent.row()) >= headings_.size()) return {};

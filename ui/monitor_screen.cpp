@@ -169,10 +169,10 @@ void MonitorScreen::fill() {
       const auto found = std::ranges::find(rs, resource, &ResourceVerdict::resource);
       if (found != rs.end()) status = qs(found->shortStatus);
     }
-    tiles_[i]->set(health,
-                   state.snapshot ? resourceFigure(resource, *state.snapshot)
-                                  : ResourceFigure{.value = "—"},
-                   status);
+    tiles_[i]->set(
+        health,
+        state.snapshot ? resourceFigure(resource, *state.snapshot) : ResourceFigure{.value = "—"},
+        status);
   }
   fillList(state);
 }
@@ -203,8 +203,8 @@ void MonitorScreen::keepSelection() {
   }
   syncing_ = true;
   if (wanted.isValid()) {
-    selection->setCurrentIndex(wanted, QItemSelectionModel::ClearAndSelect |
-                                           QItemSelectionModel::Rows);
+    selection->setCurrentIndex(wanted,
+                               QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
   } else {
     selection->clear();
   }

@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include <QHeaderView>
 #include <QAbstractItemModelTester>
+#include <QHeaderView>
 #include <QTest>
 
 #include "testing/monitor_scene.h"
@@ -96,9 +96,8 @@ TEST(MonitorScreen, ListsAppsUnderHeadingsSortedByTheColumnPicked) {
   MonitorRig rig;
   EXPECT_EQ(rig.screen.sort(), MonitorSort::memory);
   EXPECT_EQ(rig.rows().mid(0, 6),
-            (QStringList{"# Browsers · 14 processes", "Firefox",
-                         "# Developer tools · 14 processes", "python3.12 train.py",
-                         "Visual Studio Code", "bash"}));
+            (QStringList{"# Browsers · 14 processes", "Firefox", "# Developer tools · 14 processes",
+                         "python3.12 train.py", "Visual Studio Code", "bash"}));
   const AppTableModel& m = *rig.screen.model();
   const QModelIndex code = m.indexOf("app:code");
   EXPECT_EQ(m.data(code.siblingAtColumn(AppTableModel::memoryColumn), Qt::DisplayRole), "1.8 GB");
@@ -115,15 +114,20 @@ TEST(MonitorScreen, ListsAppsUnderHeadingsSortedByTheColumnPicked) {
     MonitorSort sort;
     QStringList system;
   } cases[] = {
-      {AppTableModel::diskColumn, MonitorSort::disk,
+      {AppTableModel::diskColumn,
+       MonitorSort::disk,
        {"tracker-miner-fs-3", "Xwayland", "gnome-shell", "pipewire"}},
-      {AppTableModel::nameColumn, MonitorSort::disk,
+      {AppTableModel::nameColumn,
+       MonitorSort::disk,
        {"tracker-miner-fs-3", "Xwayland", "gnome-shell", "pipewire"}},
-      {AppTableModel::cpuColumn, MonitorSort::cpu,
+      {AppTableModel::cpuColumn,
+       MonitorSort::cpu,
        {"gnome-shell", "Xwayland", "tracker-miner-fs-3", "pipewire"}},
-      {AppTableModel::energyColumn, MonitorSort::energy,
+      {AppTableModel::energyColumn,
+       MonitorSort::energy,
        {"gnome-shell", "Xwayland", "tracker-miner-fs-3", "pipewire"}},
-      {AppTableModel::memoryColumn, MonitorSort::memory,
+      {AppTableModel::memoryColumn,
+       MonitorSort::memory,
        {"gnome-shell", "Xwayland", "tracker-miner-fs-3", "pipewire"}},
   };
   for (const auto& c : cases) {
@@ -131,8 +135,7 @@ TEST(MonitorScreen, ListsAppsUnderHeadingsSortedByTheColumnPicked) {
     emit rig.screen.view()->header()->sectionClicked(c.column);
     EXPECT_EQ(rig.screen.sort(), c.sort);
     EXPECT_EQ(system(), c.system);
-    EXPECT_EQ(rig.screen.view()->header()->sortIndicatorSection(),
-              AppTableModel::column(c.sort));
+    EXPECT_EQ(rig.screen.view()->header()->sortIndicatorSection(), AppTableModel::column(c.sort));
   }
 }
 

@@ -32,8 +32,6 @@ bool QuitControl::isWorking(const std::string& appID) const {
   return quitter_->working().contains(appID);
 }
 
-const std::optional<AppQuitter::Result>& QuitControl::result() const {
-  return quitter_->result();
-}
+const std::optional<AppQuitter::Result>& QuitControl::result() const { return quitter_->result(); }
 
 }  // namespace pellwin::ui

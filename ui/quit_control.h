@@ -21,8 +21,8 @@ class QuitControl : public QObject {
   using Confirm = std::function<bool(const QuitConfirmation&, QWidget* parent)>;
 
   // `confirm` shows the alert (the real one when empty); tests answer it themselves.
-  QuitControl(std::shared_ptr<ProcessSignals> processSignals, std::int32_t ownPID, Confirm confirm = {},
-              QObject* parent = nullptr);
+  QuitControl(std::shared_ptr<ProcessSignals> processSignals, std::int32_t ownPID,
+              Confirm confirm = {}, QObject* parent = nullptr);
   ~QuitControl() override;
 
   // Refuses with a sentence, or asks over `dialogParent` and quits when confirmed.

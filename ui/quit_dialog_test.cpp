@@ -8,7 +8,8 @@ namespace pellwin::ui {
 namespace {
 
 TEST(QuitDialog, ShowsTheQuittersWordsWithTheQuitButtonFirstAndCancelAsDefault) {
-  const AppUsage app{.id = "app:firefox", .name = "Firefox", .pids = {1}, .footprintBytes = 3ull << 30};
+  const AppUsage app{
+      .id = "app:firefox", .name = "Firefox", .pids = {1}, .footprintBytes = 3ull << 30};
   for (const bool force : {false, true}) {
     SCOPED_TRACE(force ? "force" : "polite");
     const QuitConfirmation c = AppQuitter::confirmation(app, force);

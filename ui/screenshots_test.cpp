@@ -56,9 +56,8 @@ void render(const QString& theme, const QPalette& palette) {
   const QPalette saved = QApplication::palette();
   QApplication::setPalette(palette);
   const LiveState state = testing::sceneState();
-  QuitControl quit(std::make_shared<FakeSignals>(), 1, [](const QuitConfirmation&, QWidget*) {
-    return false;
-  });
+  QuitControl quit(std::make_shared<FakeSignals>(), 1,
+                   [](const QuitConfirmation&, QWidget*) { return false; });
   const QString folder = QString(PELLWIN_BINARY_DIR) + "/screenshots";
   QDir().mkpath(folder);
 
@@ -70,8 +69,8 @@ void render(const QString& theme, const QPalette& palette) {
   MainWindow window;
   auto* monitor = new MonitorScreen([&]() -> const LiveState& { return state; }, quit);
   window.addScreen("Monitor", monitor);
-  for (const char* later : {"Report", "History", "Alerts", "Disk cleanup", "Quick clean",
-                            "Settings"}) {
+  for (const char* later :
+       {"Report", "History", "Alerts", "Disk cleanup", "Quick clean", "Settings"}) {
     window.addScreen(later, new QWidget);
   }
   window.show();

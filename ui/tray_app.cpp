@@ -41,8 +41,9 @@ TrayApp::TrayApp(const Command& command, const Environment& environment)
   });
   live_->onChange([this] { liveChanged(); });
   const auto state = [this]() -> const LiveState& { return live_->state(); };
-  quit_ = new QuitControl(std::make_shared<KernelProcessSignals>(systemReaderRoots(environment).proc), getpid(),
-                          {}, this);
+  quit_ =
+      new QuitControl(std::make_shared<KernelProcessSignals>(systemReaderRoots(environment).proc),
+                      getpid(), {}, this);
   panel_ = std::make_unique<Panel>(state, *quit_);
   window_->addScreen("Monitor", monitor_ = new MonitorScreen(state, *quit_));
   connect(panel_.get(), &Panel::openRequested, this, &TrayApp::openWindow);
@@ -66,9 +67,10 @@ void TrayApp::start() {
     connect(menu->addAction("Open Tovrin"), &QAction::triggered, this, &TrayApp::openWindow);
     connect(menu->addAction("Quit Tovrin"), &QAction::triggered, this, &TrayApp::quit);
     tray_->setContextMenu(menu);
-    connect(tray_, &QSystemTrayIcon::activated, this, [this](QSystemTrayIcon::ActivationReason why) {
-      if (why == QSystemTrayIcon::Trigger) panel_->popUpAt(QCursor::pos());
-    });
+    connect(tray_, &QSystemTrayIcon::activated, this,
+            [this](QSystemTrayIcon::ActivationReason why) {
+              if (why == QSystemTrayIcon::Trigger) panel_->popUpAt(QCursor::pos());
+            });
     tray_->show();
   } else {
     openWindow();

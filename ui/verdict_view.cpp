@@ -86,8 +86,8 @@ void VerdictView::set(const Verdict* verdict) {
   if (verdict == nullptr) {
     dot_->setHealth(Health::ok);
     headline_->setText("Taking the first reading…");
-    for (QLabel* label : {reason_, contributorsTitle_, contributors_, adviceTitle_, advice_,
-                          tipsTitle_, tips_}) {
+    for (QLabel* label :
+         {reason_, contributorsTitle_, contributors_, adviceTitle_, advice_, tipsTitle_, tips_}) {
       label->hide();
     }
     keepLinesWhole();
@@ -135,8 +135,8 @@ void VerdictView::keepLinesWhole() {
 
 QStringList VerdictView::texts() const {
   QStringList out;
-  for (const QLabel* label : {headline_, reason_, contributorsTitle_, contributors_,
-                              adviceTitle_, advice_, tipsTitle_, tips_}) {
+  for (const QLabel* label : {headline_, reason_, contributorsTitle_, contributors_, adviceTitle_,
+                              advice_, tipsTitle_, tips_}) {
     if (label->isVisibleTo(this) && !label->text().isEmpty()) out << label->text().split('\n');
   }
   return out;

@@ -43,16 +43,20 @@ TEST(MonitorList, GroupsByCategoryAndOrdersEachGroupByTheSortLargestFirst) {
     MonitorSort sort;
     std::vector<std::string> expected;
   } cases[] = {
-      {"memory; equal footprints by name", MonitorSort::memory,
+      {"memory; equal footprints by name",
+       MonitorSort::memory,
        {"Browsers:", "app:chromium", "app:firefox", "Developer tools:", "app:code", "pid:41",
         "proc:git", "System and macOS:", "proc:gnome-shell"}},
-      {"cpu", MonitorSort::cpu,
+      {"cpu",
+       MonitorSort::cpu,
        {"Browsers:", "app:firefox", "app:chromium", "Developer tools:", "pid:41", "proc:git",
         "app:code", "System and macOS:", "proc:gnome-shell"}},
-      {"disk; no traffic by name", MonitorSort::disk,
+      {"disk; no traffic by name",
+       MonitorSort::disk,
        {"Browsers:", "app:firefox", "app:chromium", "Developer tools:", "proc:git", "pid:41",
         "app:code", "System and macOS:", "proc:gnome-shell"}},
-      {"energy", MonitorSort::energy,
+      {"energy",
+       MonitorSort::energy,
        {"Browsers:", "app:firefox", "app:chromium", "Developer tools:", "pid:41", "proc:git",
         "app:code", "System and macOS:", "proc:gnome-shell"}},
   };
