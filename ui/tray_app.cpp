@@ -1,9 +1,13 @@
 #include "ui/tray_app.h"
 
+#include <unistd.h>
+
 #include <QApplication>
+#include <QCursor>
 #include <QMenu>
 #include <iostream>
 
+#include "app/desktop/kernel_process_signals.h"
 #include "app/desktop/session_bus_notification_server.h"
 #include "app/entry.h"
 #include "app/system_calendar.h"
@@ -50,6 +54,15 @@ TrayApp::TrayApp(const Command& command, const Environment& environment)
       .ticker = &ticker_,
   });
   live_->onChange([this] { liveChanged(); });
+  const auto state = [this]() -> const LiveState& { return live_->state(); };
+  quit_ =
+      new QuitControl(std::make_shared<KernelProcessSignals>(systemReaderRoots(environment).proc),
+                      getpid(), {}, this);
+  panel_ = std::make_unique<Panel>(state, *quit_);
+  window_->addScreen("Monitor", monitor_ = new MonitorScreen(state, *quit_));
+  connect(panel_.get(), &Panel::openRequested, this, &TrayApp::openWindow);
+  connect(panel_.get(), &Panel::quitRequested, this, &TrayApp::quit);
+  connect(panel_.get(), &Panel::visibilityChanged, this, &TrayApp::reconcileVisibility);
   connect(window_.get(), &MainWindow::quitRequested, this, &TrayApp::quit);
   connect(window_.get(), &MainWindow::visibilityChanged, this, &TrayApp::reconcileVisibility);
   addSettingsScreen();
@@ -71,6 +84,10 @@ void TrayApp::start() {
     connect(menu->addAction("Open Tovrin"), &QAction::triggered, this, &TrayApp::openWindow);
     connect(menu->addAction("Quit Tovrin"), &QAction::triggered, this, &TrayApp::quit);
     tray_->setContextMenu(menu);
+    connect(tray_, &QSystemTrayIcon::activated, this,
+            [this](QSystemTrayIcon::ActivationReason why) {
+              if (why == QSystemTrayIcon::Trigger) panel_->popUpAt(QCursor::pos());
+            });
     tray_->show();
   }
   const StartPlan plan = startPlan(recordLaunch(settings_), tray_ != nullptr, launch_.capture);
@@ -114,9 +131,13 @@ void TrayApp::liveChanged() {
     }
     if (state.verdict) tray_->setToolTip(QString::fromStdString(state.verdict->shortStatus()));
   }
+  panel_->refresh();
+  monitor_->refresh();
 }
 
-void TrayApp::reconcileVisibility() { live_->reconcileVisibility(window_->isVisible()); }
+void TrayApp::reconcileVisibility() {
+  if (live_) live_->reconcileVisibility(window_->isVisible() || (panel_ && panel_->isVisible()));
+}
 
 int runTrayApp(int argc, char** argv, const Command& command, const Environment& environment) {
   QApplication application(argc, argv);

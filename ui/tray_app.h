@@ -16,6 +16,8 @@
 #include "app/models/notifier.h"
 #include "app/steady_ticker.h"
 #include "ui/main_window.h"
+#include "ui/monitor_screen.h"
+#include "ui/panel.h"
 #include "ui/user_settings.h"
 
 namespace pellwin::ui {
@@ -56,6 +58,9 @@ class TrayApp : public QObject {
   std::unique_ptr<LiveModel> live_;
   std::unique_ptr<MainWindow> window_;
   QPointer<QSystemTrayIcon> tray_;
+  QuitControl* quit_;  // a child: outlives the panel and the screens, which use it
+  std::unique_ptr<Panel> panel_;
+  MonitorScreen* monitor_;  // owned by the window
   Health shownDot_ = Health::ok;
 };
 
