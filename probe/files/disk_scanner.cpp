@@ -16,6 +16,7 @@
 #include "core/space/project_rules.h"
 #include "probe/files/directory_listing.h"
 #include "probe/files/folder_walk.h"
+#include "probe/files/mount_point.h"
 
 namespace pellwin {
 
@@ -315,8 +316,10 @@ void Walk::handle(Frame& frame, const Listed& entry) {
     countFile(frame, entry);
     return;
   }
-  bytes_ = checkedAdd(bytes_, entry.bytes, "scanned bytes");
   const std::string_view name(frame.names.data() + entry.nameOffset, entry.nameLength);
+  // A bind mount keeps the device number: it too is neither counted nor shown.
+  if (!frame.lost && isMountPoint(frame.fd.get(), std::string(name))) return;
+  bytes_ = checkedAdd(bytes_, entry.bytes, "scanned bytes");
   std::string path = joinedPath(frame.path, name);
   if (frame.lost) {
     attach(frame, lockedNode(path, entry.lastUsed));
