@@ -143,6 +143,7 @@ int runTrayApp(int argc, char** argv, const Command& command, const Environment&
   QApplication application(argc, argv);
   QApplication::setApplicationName("Tovrin");
   QApplication::setDesktopFileName("com.pellwin.Pellwin");
+  QApplication::setWindowIcon(QIcon::fromTheme("com.pellwin.Pellwin", dotIcon(Health::ok)));
   QApplication::setQuitOnLastWindowClosed(false);
   SingleInstance instance(SingleInstance::runtimeFolder());
   switch (instance.claim()) {

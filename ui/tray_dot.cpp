@@ -21,9 +21,20 @@ QPixmap dotPixmap(Health health, int size) {
 }
 
 QIcon dotIcon(Health health) {
-  QIcon icon;
-  for (const int size : {16, 22, 24, 32, 48, 64}) icon.addPixmap(dotPixmap(health, size));
-  return icon;
+  QIcon drawn;
+  for (const int size : {16, 22, 24, 32, 48, 64}) drawn.addPixmap(dotPixmap(health, size));
+  // The package installs the three dots into the icon theme, so a theme may restyle them; the
+  // drawn dot stands in wherever they are not installed.
+  return QIcon::fromTheme(themeIconName(health), drawn);
+}
+
+QString themeIconName(Health health) {
+  switch (health) {
+    case Health::ok: return "tovrin-dot-ok";
+    case Health::strain: return "tovrin-dot-strain";
+    case Health::problem: return "tovrin-dot-problem";
+  }
+  return {};
 }
 
 }  // namespace pellwin::ui
