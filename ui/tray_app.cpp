@@ -10,12 +10,17 @@
 #include "app/desktop/kernel_process_signals.h"
 #include "app/desktop/session_bus_notification_server.h"
 #include "app/entry.h"
+#include "app/models/quick_clean.h"
+#include "app/models/space_map.h"
+#include "app/removal_guards.h"
 #include "app/system_calendar.h"
 #include "app/system_roots.h"
 #include "probe/system/system_reader.h"
+#include "ui/disk_cleanup_screen.h"
 #include "ui/first_run_tour.h"
 #include "ui/launch_checks.h"
 #include "ui/post_to.h"
+#include "ui/quick_clean_screen.h"
 #include "ui/settings_screen.h"
 #include "ui/single_instance.h"
 #include "ui/start_plan.h"
@@ -65,6 +70,11 @@ TrayApp::TrayApp(const Command& command, const Environment& environment)
   connect(panel_.get(), &Panel::visibilityChanged, this, &TrayApp::reconcileVisibility);
   connect(window_.get(), &MainWindow::quitRequested, this, &TrayApp::quit);
   connect(window_.get(), &MainWindow::visibilityChanged, this, &TrayApp::reconcileVisibility);
+  window_->addScreen("Disk cleanup",
+                     new DiskCleanupScreen(environment.home, removalGuards(environment),
+                                           spaceMapServices(environment, nullptr)));
+  window_->addScreen("Quick clean",
+                     new QuickCleanScreen(quickCleanServices(environment, *history_, nullptr)));
   addSettingsScreen();
 }
 

@@ -1,0 +1,242 @@
+#include "ui/quick_clean_screen.h"
+
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QVBoxLayout>
+
+#include "core/base/format.h"
+#include "ui/post_to.h"
+#include "ui/ui_text.h"
+
+namespace pellwin::ui {
+
+namespace {
+
+constexpr int itemRole = Qt::UserRole;   // an item's id
+constexpr int groupRole = Qt::UserRole + 1;  // a group's id
+
+Qt::CheckState checkState(CleanTickState state) {
+  switch (state) {
+    case CleanTickState::all: return Qt::Checked;
+    case CleanTickState::some: return Qt::PartiallyChecked;
+    case CleanTickState::none: return Qt::Unchecked;
+  }
+  return Qt::Unchecked;
+}
+
+QLabel* wrapping(QWidget* parent, int points = 0, bool bold = false) {
+  QLabel* label = makeLabel(parent, points, bold);
+  label->setWordWrap(true);
+  return label;
+}
+
+QString lines(const std::vector<std::string>& sentences) {
+  QStringList out;
+  for (const std::string& sentence : sentences) out << qs(sentence);
+  return out.join('\n');
+}
+
+}  // namespace
+
+QString quickCleanStatus(const CleanerModel& model) {
+  using enum CleanerModel::Phase;
+  switch (model.phase()) {
+    case idle: return {};
+    case scanning: return CleanerTexts::scanning;
+    case cleaning: return "Cleaning…";
+    case done: return "Done";
+    case ready: break;
+  }
+  const CleanTotals totals = model.totals();
+  if (totals.items == 0) return "Nothing ticked";
+  const QString items = totals.items == 1 ? "1 item" : QString::number(totals.items) + " items";
+  const std::uint64_t bytes = totals.deleteBytes > UINT64_MAX - totals.trashBytes
+                                  ? UINT64_MAX
+                                  : totals.deleteBytes + totals.trashBytes;
+  return items + " ticked, " + qs(Format::disk(bytes));
+}
+
+QuickCleanScreen::QuickCleanScreen(CleanerModel::Services services, QWidget* parent)
+    : QWidget(parent),
+      status_(makeLabel(this)),
+      scan_(new QPushButton("Scan again", this)),
+      clean_(new QPushButton(QString(CleanerTexts::confirmButton) + "…", this)),
+      groups_(new QTreeWidget(this)),
+      showAll_(new QPushButton("Show all", this)),
+      summary_(wrapping(this, 1)),
+      emptyTitle_(wrapping(this, 2, true)),
+      emptyMessage_(wrapping(this)) {
+  services.post = postTo(this);
+  services.changed = [this] { refresh(); };
+  model_ = std::make_unique<CleanerModel>(std::move(services));
+
+  auto* layout = new QVBoxLayout(this);
+  layout->setContentsMargins(16, 12, 16, 12);
+  auto* header = new QHBoxLayout;
+  auto* text = new QVBoxLayout;
+  QLabel* title = makeLabel(this, 5, true);
+  title->setText("Quick clean");
+  text->addWidget(title);
+  makeSecondary(status_);
+  text->addWidget(status_);
+  header->addLayout(text, 1);
+  header->addWidget(scan_);
+  header->addWidget(clean_);
+  clean_->setDefault(true);
+  layout->addLayout(header);
+
+  groups_->setHeaderLabels({"Place", "Size", ""});
+  groups_->setUniformRowHeights(false);
+  groups_->setWordWrap(true);
+  groups_->header()->setStretchLastSection(true);
+  groups_->header()->setSectionResizeMode(0, QHeaderView::Interactive);
+  groups_->header()->setSectionResizeMode(1, QHeaderView::ResizeToContents);
+  groups_->setColumnWidth(0, 340);
+  layout->addWidget(groups_, 1);
+  layout->addWidget(showAll_, 0, Qt::AlignLeft);
+  layout->addWidget(emptyTitle_);
+  layout->addWidget(emptyMessage_);
+  layout->addWidget(makeConfirmationBox());
+  layout->addWidget(summary_);
+  emptyTitle_->setText(CleanerTexts::emptyTitle);
+  emptyMessage_->setText(CleanerTexts::emptyMessage);
+  makeSecondary(emptyMessage_);
+
+  connect(scan_, &QPushButton::clicked, this, [this] { model_->scan(); });
+  connect(clean_, &QPushButton::clicked, this, [this] { model_->requestClean(); });
+  connect(showAll_, &QPushButton::clicked, this, [this] { model_->setShowingAll(true); });
+  connect(groups_, &QTreeWidget::itemChanged, this, &QuickCleanScreen::itemChanged);
+  auto fold = [this](QTreeWidgetItem* item) {
+    if (filling_) return;
+    const QString group = item->data(0, groupRole).toString();
+    if (!group.isEmpty() && item->parent() == nullptr)
+      model_->toggleCollapsed(group.toStdString());
+  };
+  connect(groups_, &QTreeWidget::itemExpanded, this, fold);
+  connect(groups_, &QTreeWidget::itemCollapsed, this, fold);
+  refresh();
+}
+
+// The model's worker must stop before the widgets its results would reach go away.
+QuickCleanScreen::~QuickCleanScreen() { model_.reset(); }
+
+QWidget* QuickCleanScreen::makeConfirmationBox() {
+  auto* box = new QFrame(this);
+  box->setFrameShape(QFrame::StyledPanel);
+  box->setBackgroundRole(QPalette::AlternateBase);
+  box->setAutoFillBackground(true);
+  auto* layout = new QVBoxLayout(box);
+  confirmation_ = wrapping(box);
+  layout->addWidget(confirmation_);
+  auto* buttons = new QHBoxLayout;
+  QLabel* note = makeLabel(box);
+  note->setText(CleanerTexts::confirmNote);
+  makeSecondary(note);
+  buttons->addWidget(note, 1);
+  cancel_ = new QPushButton(CleanerTexts::cancelButton, box);
+  confirm_ = new QPushButton(CleanerTexts::confirmButton, box);
+  confirm_->setDefault(true);
+  buttons->addWidget(cancel_);
+  buttons->addWidget(confirm_);
+  layout->addLayout(buttons);
+  connect(cancel_, &QPushButton::clicked, this, [this] { model_->cancelClean(); });
+  connect(confirm_, &QPushButton::clicked, this, [this] { model_->clean(); });
+  confirmBox_ = box;
+  return box;
+}
+
+void QuickCleanScreen::showEvent(QShowEvent* event) {
+  QWidget::showEvent(event);
+  if (model_->phase() == CleanerModel::Phase::idle) model_->scan();
+}
+
+void QuickCleanScreen::refresh() {
+  using enum CleanerModel::Phase;
+  const CleanerModel::Phase phase = model_->phase();
+  status_->setText(quickCleanStatus(*model_));
+  scan_->setEnabled(phase == idle || phase == ready || phase == done);
+  clean_->setEnabled(phase == ready && model_->totals().items > 0 && !model_->confirming());
+  const bool empty = (phase == ready || phase == done) && model_->plan() &&
+                     model_->plan()->visibleGroups().empty() && !model_->summary();
+  emptyTitle_->setVisible(empty);
+  emptyMessage_->setVisible(empty);
+  refreshGroups();
+
+  confirmBox_->setVisible(model_->confirming());
+  if (model_->confirming()) confirmation_->setText(lines(model_->confirmationText()));
+
+  const auto& summary = model_->summary();
+  if (phase == done && summary) {
+    QString text = lines(CleanerTexts::result(*summary));
+    if (!summary->problems.empty()) text += "\n" + bulleted(summary->problems);
+    summary_->setText(text);
+  }
+  summary_->setVisible(phase == done && summary.has_value());
+}
+
+void QuickCleanScreen::refreshGroups() {
+  filling_ = true;
+  groups_->clear();
+  const auto& plan = model_->plan();
+  const bool listing = plan && (model_->phase() == CleanerModel::Phase::ready ||
+                                model_->phase() == CleanerModel::Phase::cleaning);
+  groups_->setVisible(listing && !plan->visibleGroups().empty());
+  showAll_->setVisible(false);
+  if (!listing) {
+    filling_ = false;
+    return;
+  }
+  const CleanTicks& ticked = model_->ticked();
+  const bool editable = model_->phase() == CleanerModel::Phase::ready && !model_->confirming();
+  const std::vector<CleanGroupPlan> listed = model_->listedGroups();
+  for (const CleanGroupPlan& group : listed) {
+    auto* top = new QTreeWidgetItem(
+        groups_, {qs(group.group.title), qs(Format::disk(group.tickedBytes(ticked))),
+                  qs(group.detail())});
+    QFont bold = top->font(0);
+    bold.setBold(true);
+    top->setFont(0, bold);
+    top->setData(0, groupRole, qs(group.group.id));
+    top->setFlags(Qt::ItemIsEnabled | (editable ? Qt::ItemIsUserCheckable : Qt::NoItemFlags));
+    top->setCheckState(0, checkState(group.tickState(ticked)));
+    top->setTextAlignment(1, Qt::AlignRight | Qt::AlignVCenter);
+    top->setToolTip(0, qs(group.group.explanation));
+    auto* note = new QTreeWidgetItem(top, {qs(CleanerTexts::actionNote(group.group.action))});
+    note->setFlags(Qt::ItemIsEnabled);
+    note->setForeground(0, palette().color(QPalette::PlaceholderText));
+    note->setFirstColumnSpanned(true);
+    for (const CleanItem& item : group.items) {
+      auto* row = new QTreeWidgetItem(top, {qs(item.name), qs(Format::disk(item.bytes))});
+      row->setData(0, itemRole, qs(item.id()));
+      row->setToolTip(0, qs(item.path));
+      row->setFlags(Qt::ItemIsEnabled | (editable ? Qt::ItemIsUserCheckable : Qt::NoItemFlags));
+      row->setCheckState(0, ticked.contains(item.id()) ? Qt::Checked : Qt::Unchecked);
+      row->setTextAlignment(1, Qt::AlignRight | Qt::AlignVCenter);
+    }
+    for (const CleanSkip& skip : group.skipped) {
+      auto* row = new QTreeWidgetItem(top, {qs(skip.name), QString(), qs(CleanerTexts::skipRow(skip))});
+      row->setFlags(Qt::ItemIsEnabled);
+      row->setForeground(0, palette().color(QPalette::PlaceholderText));
+    }
+    top->setExpanded(!model_->collapsed().contains(group.group.id));
+  }
+  showAll_->setVisible(!model_->showingAll() && listed.size() < plan->visibleGroups().size());
+  filling_ = false;
+}
+
+void QuickCleanScreen::itemChanged(QTreeWidgetItem* item, int column) {
+  if (filling_ || column != 0) return;
+  const QString id = item->data(0, itemRole).toString();
+  const QString group = item->data(0, groupRole).toString();
+  // The model's change rebuilds the tree, so this item is gone once the call returns; the
+  // rebuild is queued so that Qt finishes with the item first.
+  if (!id.isEmpty()) {
+    QMetaObject::invokeMethod(this, [this, id] { model_->toggle(id.toStdString()); },
+                              Qt::QueuedConnection);
+  } else if (!group.isEmpty()) {
+    QMetaObject::invokeMethod(this, [this, group] { model_->toggleGroup(group.toStdString()); },
+                              Qt::QueuedConnection);
+  }
+}
+
+}  // namespace pellwin::ui
