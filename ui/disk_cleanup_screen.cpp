@@ -108,7 +108,9 @@ DiskCleanupScreen::DiskCleanupScreen(std::string home, RemovalGuards guards,
   layout->addLayout(body, 1);
 
   connect(addPicked_, &QPushButton::clicked, this,
-          [this] { model_->addToDeleteList(pickedPath_); });
+          [this] {
+            if (const SizeNode* picked = pickedNow()) model_->addToDeleteList(picked->path);
+          });
   refresh();
 }
 
@@ -205,23 +207,29 @@ void DiskCleanupScreen::pick(const std::string& path) {
   refresh();
 }
 
+// What "Add to delete list" under the rings adds: the arc clicked last since the focus moved,
+// else the focus itself unless it is the whole tree.
+const SizeNode* DiskCleanupScreen::pickedNow() const {
+  const SizeNode* tree = model_->tree();
+  if (!tree) return nullptr;
+  if (const SizeNode* clicked = tree->find(pickedPath_)) return clicked;
+  return model_->focus() != tree ? model_->focus() : nullptr;
+}
+
 void DiskCleanupScreen::refresh() {
   refreshStatus();
   if (model_->tree() != drawnTree_ || model_->focus() != drawnFocus_) {
     drawnTree_ = model_->tree();
     drawnFocus_ = model_->focus();
-    if (drawnTree_ && !drawnTree_->find(pickedPath_)) pickedPath_.clear();
+    pickedPath_.clear();
     refreshBreadcrumb();
     refreshRings();
     refreshLists();
   }
-  const SizeNode* tree = model_->tree();
-  const SizeNode* pickedNode = tree ? tree->find(pickedPath_) : nullptr;
-  if (!pickedNode && model_->focus() && model_->focus() != tree) pickedNode = model_->focus();
+  const SizeNode* pickedNode = pickedNow();
   picked_->setText(pickedNode ? qs(pickedNode->name) + " (" + qs(pickedNode->sizeLabel()) + ")"
                               : QString("Click a file, or go into a folder, to pick it"));
   addPicked_->setEnabled(pickedNode != nullptr && !model_->isInDeleteList(*pickedNode));
-  if (pickedNode) pickedPath_ = pickedNode->path;
   addProjects_->setEnabled(!model_->rebuildPlan().isEmpty());
   deleteList_->refresh();
 }

@@ -61,6 +61,7 @@ class DiskCleanupScreen : public QWidget {
   void refreshRings();
   void refreshLists();
   void pick(const std::string& path);
+  [[nodiscard]] const SizeNode* pickedNow() const;
 
   std::unique_ptr<SpaceMapModel> model_;
   SunburstView* rings_ = nullptr;
