@@ -17,6 +17,12 @@ QLabel* wrapping(QWidget* parent) {
   label->setWordWrap(true);
   return label;
 }
+// A wrapped label inside the side panel's splitter is not given the height its lines need
+// unless it asks for it.
+void fitHeight(QLabel* label, int width) {
+  label->setMinimumHeight(label->heightForWidth(std::max(width, 200)));
+}
+
 }  // namespace
 
 QString deleteListTotal(const RemovalSelection& list) {
@@ -115,6 +121,7 @@ void DeleteListPanel::refresh() {
     QString text = lines.empty() ? QString() : qs(lines.front());
     if (lines.size() > 1) text += "\n" + bulleted({lines.begin() + 1, lines.end()});
     confirmation_->setText(text);
+    fitHeight(confirmation_, items_->width());
     confirm_->setText(qs(*confirming == CleanAction::trash ? SpaceMapTexts::confirmButton
                                                            : SpaceMapTexts::confirmDeleteButton));
   }
@@ -126,6 +133,7 @@ void DeleteListPanel::refresh() {
     results_->setText(report ? bulleted(report->sentences) : QString());
   }
   results_->setVisible(!results_->text().isEmpty());
+  fitHeight(results_, items_->width());
 }
 
 }  // namespace pellwin::ui

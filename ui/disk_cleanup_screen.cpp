@@ -257,9 +257,15 @@ void DiskCleanupScreen::refreshBreadcrumb() {
   const std::vector<const SizeNode*> trail = model_->breadcrumb();
   for (std::size_t i = 0; i < trail.size(); ++i) {
     if (i > 0) row->addWidget(new QLabel(QString::fromUtf8("›"), breadcrumb_));
+    if (i + 1 == trail.size()) {
+      QLabel* here = makeLabel(breadcrumb_, 0, true);
+      here->setText(qs(trail[i]->name));
+      here->setContentsMargins(6, 0, 6, 0);
+      row->addWidget(here);
+      break;
+    }
     auto* button = new QPushButton(qs(trail[i]->name), breadcrumb_);
     button->setFlat(true);
-    button->setEnabled(i + 1 < trail.size());
     const std::string path = trail[i]->path;
     connect(button, &QPushButton::clicked, this, [this, path] { model_->zoomInto(path); });
     row->addWidget(button);

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <QLayout>
 #include <QTest>
 #include <cmath>
 #include <numbers>
@@ -105,7 +106,13 @@ class DiskCleanupScreenTest : public ::testing::Test {
 
   QStringList crumbs() {
     QStringList out;
-    for (auto* button : screen_.breadcrumb()->findChildren<QPushButton*>()) out << button->text();
+    QLayout* row = screen_.breadcrumb()->layout();
+    for (int i = 0; i < row->count(); ++i) {
+      QWidget* crumb = row->itemAt(i)->widget();
+      if (auto* button = qobject_cast<QPushButton*>(crumb)) out << button->text();
+      if (auto* label = qobject_cast<QLabel*>(crumb); label && label->text() != QString::fromUtf8("›"))
+        out << label->text() + " (here)";
+    }
     return out;
   }
 
@@ -142,7 +149,7 @@ TEST_F(DiskCleanupScreenTest, ShowsTheCachedMapWithItsBiggestItemsCategoriesAndP
   EXPECT_EQ(project->child(0)->text(1), "30 MB");
   ASSERT_EQ(project->child(0)->childCount(), 1) << "the sentence saying how it comes back";
   EXPECT_FALSE(project->child(0)->child(0)->text(0).isEmpty());
-  EXPECT_EQ(crumbs(), QStringList{"ann"});
+  EXPECT_EQ(crumbs(), QStringList{"ann (here)"});
 }
 
 TEST_F(DiskCleanupScreenTest, AClickGoesIntoAFolderAndTheBreadcrumbOrTheCentreGoesBack) {
@@ -150,7 +157,7 @@ TEST_F(DiskCleanupScreenTest, AClickGoesIntoAFolderAndTheBreadcrumbOrTheCentreGo
   EXPECT_EQ(screen_.model().focus()->path, home + "/code");
   clickArc("app");
   EXPECT_EQ(screen_.model().focus()->path, home + "/code/app");
-  EXPECT_EQ(crumbs(), (QStringList{"ann", "code", "app"}));
+  EXPECT_EQ(crumbs(), (QStringList{"ann", "code", "app (here)"}));
   EXPECT_EQ(column(screen_.biggest(), 0), QStringList{"data.bin"}) << "under the focus only";
   EXPECT_EQ(screen_.picked()->text(), "app (40 MB)") << "the focus is what gets picked";
 
@@ -159,7 +166,7 @@ TEST_F(DiskCleanupScreenTest, AClickGoesIntoAFolderAndTheBreadcrumbOrTheCentreGo
   QTest::mouseClick(screen_.rings(), Qt::LeftButton, {},
                     screen_.rings()->geometryNow().centre.toPoint());
   EXPECT_EQ(screen_.model().focus()->path, home);
-  EXPECT_EQ(crumbs(), QStringList{"ann"});
+  EXPECT_EQ(crumbs(), QStringList{"ann (here)"});
 
   clickArc("film.mov");
   EXPECT_EQ(screen_.model().focus()->path, home) << "a file is picked, not gone into";

@@ -95,9 +95,12 @@ QuickCleanScreen::QuickCleanScreen(CleanerModel::Services services, QWidget* par
   layout->addWidget(groups_, 1);
   layout->addWidget(showAll_, 0, Qt::AlignLeft);
   layout->addWidget(emptyTitle_);
-  layout->addWidget(emptyMessage_);
+  // Without the list (nothing found, or after a run) the text below takes its room, from the top.
+  layout->addWidget(emptyMessage_, 1);
   layout->addWidget(makeConfirmationBox());
-  layout->addWidget(summary_);
+  layout->addWidget(summary_, 1);
+  emptyMessage_->setAlignment(Qt::AlignLeft | Qt::AlignTop);
+  summary_->setAlignment(Qt::AlignLeft | Qt::AlignTop);
   emptyTitle_->setText(CleanerTexts::emptyTitle);
   emptyMessage_->setText(CleanerTexts::emptyMessage);
   makeSecondary(emptyMessage_);

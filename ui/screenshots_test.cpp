@@ -8,6 +8,7 @@
 #include <QPalette>
 
 #include "testing/monitor_scene.h"
+#include "ui/screenshot_palettes.h"
 #include "ui/main_window.h"
 #include "ui/monitor_screen.h"
 #include "ui/panel.h"
@@ -20,37 +21,6 @@ class FakeSignals final : public ProcessSignals {
   std::expected<void, SystemError> send(std::int32_t, int) override { return {}; }
   bool isRunning(std::int32_t) override { return false; }
 };
-
-QPalette darkPalette() {
-  QPalette p;
-  const QColor window(0x2B, 0x2D, 0x31);
-  const QColor base(0x1F, 0x21, 0x24);
-  const QColor text(0xE8, 0xE8, 0xEA);
-  p.setColor(QPalette::Window, window);
-  p.setColor(QPalette::WindowText, text);
-  p.setColor(QPalette::Base, base);
-  p.setColor(QPalette::AlternateBase, window.lighter(115));
-  p.setColor(QPalette::Text, text);
-  p.setColor(QPalette::Button, window.lighter(120));
-  p.setColor(QPalette::ButtonText, text);
-  p.setColor(QPalette::Light, window.lighter(160));
-  p.setColor(QPalette::Midlight, window.lighter(135));
-  p.setColor(QPalette::Mid, window.lighter(150));
-  p.setColor(QPalette::Dark, window.darker(150));
-  p.setColor(QPalette::Shadow, Qt::black);
-  p.setColor(QPalette::Highlight, QColor(0x35, 0x84, 0xE4));
-  p.setColor(QPalette::HighlightedText, Qt::white);
-  p.setColor(QPalette::PlaceholderText, QColor(0xA0, 0xA3, 0xA8));
-  p.setColor(QPalette::ToolTipBase, base);
-  p.setColor(QPalette::ToolTipText, text);
-  return p;
-}
-
-QPalette lightPalette() {
-  QPalette p = QApplication::style()->standardPalette();
-  p.setColor(QPalette::PlaceholderText, QColor(0x6B, 0x6E, 0x73));
-  return p;
-}
 
 void render(const QString& theme, const QPalette& palette) {
   const QPalette saved = QApplication::palette();
