@@ -17,6 +17,8 @@ namespace {
 
 constexpr double margin = 8;
 constexpr double holeShare = 0.24;  // of the outer radius
+// Narrower arcs are drawn without an edge, which would hide their colour.
+constexpr double minEdgedPixels = 4;
 
 // Qt counts degrees anticlockwise from three o'clock; the layout's run clockwise from twelve.
 double qtDegrees(double layoutDegrees) { return 90.0 - layoutDegrees; }
@@ -32,6 +34,18 @@ QPainterPath sector(const SunburstGeometry& g, const SunburstArc& arc) {
   path.arcTo(innerBox, qtDegrees(arc.endDegrees), arc.sweepDegrees());
   path.closeSubpath();
   return path;
+}
+
+// An arc too thin for its curve to show, as the four corners of its sector.
+QPolygonF thinSector(const SunburstGeometry& g, const SunburstArc& arc) {
+  const double inner = g.innerRadius(arc.ring);
+  const double outer = inner + g.ringWidth;
+  auto at = [&](double radius, double degrees) {
+    const double radians = degrees * std::numbers::pi / 180;
+    return g.centre + QPointF(radius * std::sin(radians), -radius * std::cos(radians));
+  };
+  return QPolygonF({at(inner, arc.startDegrees), at(outer, arc.startDegrees),
+                    at(outer, arc.endDegrees), at(inner, arc.endDegrees)});
 }
 
 QColor fillFor(const SunburstArc& arc, bool hovered) {
@@ -139,17 +153,29 @@ QString SunburstView::hoverText(const SunburstArc& arc) const {
   return text;
 }
 
+// Only arcs wide enough to show an edge get one, and a hairline arc is a plain quadrilateral:
+// thousands of them then cost a small fill each instead of a curved, stroked path.
 void SunburstView::paintEvent(QPaintEvent*) {
   QPainter painter(this);
   painter.setRenderHint(QPainter::Antialiasing);
   const SunburstGeometry g = geometryNow();
-  const QColor edge = palette().color(QPalette::Window);
-  painter.setPen(QPen(edge, 1));
+  const QPen edge(palette().color(QPalette::Window), 1);
   for (std::size_t i = 0; i < arcs_.size(); ++i) {
     const SunburstArc& arc = arcs_[i];
+    const double outer = g.innerRadius(arc.ring) + g.ringWidth;
+    const double outerLength = outer * arc.sweepDegrees() * std::numbers::pi / 180;
     painter.setBrush(fillFor(arc, hovered_ == i));
-    painter.drawPath(sector(g, arc));
+    const bool edged = outerLength >= minEdgedPixels;
+    painter.setRenderHint(QPainter::Antialiasing, edged);
+    painter.setPen(edged ? edge : QPen(Qt::NoPen));
+    if (edged) {
+      painter.drawPath(sector(g, arc));
+    } else {
+      painter.drawPolygon(thinSector(g, arc));
+    }
   }
+  painter.setRenderHint(QPainter::Antialiasing);
+  painter.setPen(edge);
   const double hole = g.holeRadius;
   painter.setBrush(palette().color(QPalette::Base));
   painter.drawEllipse(g.centre, hole - 2, hole - 2);
