@@ -88,8 +88,7 @@ void renderDiskCleanup(const QString& theme, bool showRun) {
   window.showScreen("Disk cleanup");
   window.show();
   SpaceMapModel& model = screen->model();
-  ASSERT_TRUE(QTest::qWaitFor([&] { return model.phase() == SpaceMapModel::Phase::ready; },
-                              20000));
+  ASSERT_TRUE(QTest::qWaitFor([&] { return model.phase() == SpaceMapModel::Phase::ready; }, 20000));
   ASSERT_NE(model.tree(), nullptr);
   model.addRebuildPlanToDeleteList();
   EXPECT_TRUE(model.addToDeleteList(scratch.home + "/.ssh").has_value());
@@ -105,8 +104,7 @@ void renderDiskCleanup(const QString& theme, bool showRun) {
   model.requestRemoval(CleanAction::trash);
   save(window, "disk-cleanup-confirm-" + theme);
   model.confirmRemoval();
-  ASSERT_TRUE(QTest::qWaitFor([&] { return model.phase() == SpaceMapModel::Phase::ready; },
-                              20000));
+  ASSERT_TRUE(QTest::qWaitFor([&] { return model.phase() == SpaceMapModel::Phase::ready; }, 20000));
   EXPECT_FALSE(std::filesystem::exists(scratch.home + "/code/web/node_modules"));
   EXPECT_TRUE(std::filesystem::exists(scratch.trash() + "/files/node_modules"));
   save(window, "disk-cleanup-done-" + theme);
@@ -138,8 +136,7 @@ void renderQuickClean(const QString& theme, bool showRun) {
   window.showScreen("Quick clean");
   window.show();
   CleanerModel& model = screen->model();
-  ASSERT_TRUE(QTest::qWaitFor([&] { return model.phase() == CleanerModel::Phase::ready; },
-                              20000));
+  ASSERT_TRUE(QTest::qWaitFor([&] { return model.phase() == CleanerModel::Phase::ready; }, 20000));
   EXPECT_GT(model.totals().items, 0);
   save(window, "quick-clean-" + theme);
   if (!showRun) return;
@@ -147,8 +144,7 @@ void renderQuickClean(const QString& theme, bool showRun) {
   model.requestClean();
   save(window, "quick-clean-confirm-" + theme);
   model.clean();
-  ASSERT_TRUE(QTest::qWaitFor([&] { return model.phase() == CleanerModel::Phase::done; },
-                              20000));
+  ASSERT_TRUE(QTest::qWaitFor([&] { return model.phase() == CleanerModel::Phase::done; }, 20000));
   EXPECT_FALSE(std::filesystem::exists(scratch.home + "/.cache/pip"));
   EXPECT_TRUE(std::filesystem::exists(scratch.home + "/.cache/yarn/v6/react.tgz"))
       << "left alone while yarn runs";

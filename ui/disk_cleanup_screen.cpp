@@ -71,8 +71,7 @@ DiskCleanupScreen::DiskCleanupScreen(std::string home, RemovalGuards guards,
     : QWidget(parent) {
   services.post = postTo(this);
   services.changed = [this] { refresh(); };
-  model_ = std::make_unique<SpaceMapModel>(std::move(home), std::move(guards),
-                                           std::move(services));
+  model_ = std::make_unique<SpaceMapModel>(std::move(home), std::move(guards), std::move(services));
   rings_ = new SunburstView([this](const SunburstArc& arc) -> std::optional<std::string> {
     switch (arc.kind) {
       case SunburstKind::rest: return std::string(SunburstLayout::restDescription);
@@ -107,10 +106,9 @@ DiskCleanupScreen::DiskCleanupScreen(std::string home, RemovalGuards guards,
   body->addWidget(sidePanel(), 4);
   layout->addLayout(body, 1);
 
-  connect(addPicked_, &QPushButton::clicked, this,
-          [this] {
-            if (const SizeNode* picked = pickedNow()) model_->addToDeleteList(picked->path);
-          });
+  connect(addPicked_, &QPushButton::clicked, this, [this] {
+    if (const SizeNode* picked = pickedNow()) model_->addToDeleteList(picked->path);
+  });
   refresh();
 }
 
@@ -294,8 +292,8 @@ void DiskCleanupScreen::refreshLists() {
   }
   categories_->clear();
   for (const CategoryTotal& total : model_->categoryTotals()) {
-    auto* item = new QTreeWidgetItem(categories_, {categoryName(total.category),
-                                                   qs(Format::disk(total.bytes))});
+    auto* item = new QTreeWidgetItem(categories_,
+                                     {categoryName(total.category), qs(Format::disk(total.bytes))});
     item->setIcon(0, swatch(categoryColor(total.category)));
     item->setTextAlignment(1, Qt::AlignRight | Qt::AlignVCenter);
   }
@@ -314,7 +312,8 @@ void DiskCleanupScreen::refreshLists() {
       if (!inside.isEmpty() && qs(rebuild.path).startsWith(inside)) parent = top;
     }
     const QStringList columns{qs(rebuild.relativePath), qs(Format::disk(rebuild.bytes))};
-    auto* item = parent ? new QTreeWidgetItem(parent, columns) : new QTreeWidgetItem(projects_, columns);
+    auto* item =
+        parent ? new QTreeWidgetItem(parent, columns) : new QTreeWidgetItem(projects_, columns);
     item->setData(0, pathRole, qs(rebuild.path));
     item->setToolTip(0, qs(rebuild.reason));
     item->setTextAlignment(1, Qt::AlignRight | Qt::AlignVCenter);

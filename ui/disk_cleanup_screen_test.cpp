@@ -66,17 +66,14 @@ SpaceMapModel::Services fakeServices() {
                                                         .access = FullDiskAccess::State::unknown});
           },
       .saveCache = [](const CachedScan&) {},
-      .scan = [](const ScanRoot&, const ScanProgressHandler&,
-                 std::stop_token) -> std::expected<WalkResult, ScanError> {
-        return WalkResult{.tree = sampleHome()};
-      },
+      .scan = [](const ScanRoot&, const ScanProgressHandler&, std::stop_token)
+          -> std::expected<WalkResult, ScanError> { return WalkResult{.tree = sampleHome()}; },
       .remove =
           [](const std::vector<TrashItem>& items, CleanAction) {
             std::vector<TrashResult> results;
             for (const TrashItem& item : items)
-              results.push_back({.path = item.path,
-                                 .bytes = item.bytes,
-                                 .outcome = TrashResult::Outcome::moved});
+              results.push_back(
+                  {.path = item.path, .bytes = item.bytes, .outcome = TrashResult::Outcome::moved});
             return results;
           },
       .now = [] { return 5000.0; },
@@ -110,7 +107,8 @@ class DiskCleanupScreenTest : public ::testing::Test {
     for (int i = 0; i < row->count(); ++i) {
       QWidget* crumb = row->itemAt(i)->widget();
       if (auto* button = qobject_cast<QPushButton*>(crumb)) out << button->text();
-      if (auto* label = qobject_cast<QLabel*>(crumb); label && label->text() != QString::fromUtf8("›"))
+      if (auto* label = qobject_cast<QLabel*>(crumb);
+          label && label->text() != QString::fromUtf8("›"))
         out << label->text() + " (here)";
     }
     return out;
@@ -123,7 +121,8 @@ class DiskCleanupScreenTest : public ::testing::Test {
       if (arc.name != name) continue;
       const double radius = g.innerRadius(arc.ring) + g.ringWidth / 2;
       const double radians = (arc.startDegrees + arc.endDegrees) / 2 * std::numbers::pi / 180;
-      const QPointF at = g.centre + QPointF(radius * std::sin(radians), -radius * std::cos(radians));
+      const QPointF at =
+          g.centre + QPointF(radius * std::sin(radians), -radius * std::cos(radians));
       QTest::mouseClick(rings, Qt::LeftButton, {}, at.toPoint());
       return;
     }
@@ -135,8 +134,7 @@ class DiskCleanupScreenTest : public ::testing::Test {
 
 TEST_F(DiskCleanupScreenTest, ShowsTheCachedMapWithItsBiggestItemsCategoriesAndProjects) {
   EXPECT_TRUE(spaceMapStatus(screen_.model(), 2000).startsWith("Scanned /home/ann at "));
-  EXPECT_EQ(column(screen_.biggest(), 0),
-            (QStringList{"film.mov", "old.mov", "data.bin"}));
+  EXPECT_EQ(column(screen_.biggest(), 0), (QStringList{"film.mov", "old.mov", "data.bin"}));
   EXPECT_EQ(column(screen_.biggest(), 1), (QStringList{"20 MB", "19 MB", "8 MB"}));
   EXPECT_EQ(column(screen_.categories(), 0),
             (QStringList{"App data", "Developer", "Your files", "Other"}));
@@ -191,8 +189,8 @@ TEST_F(DiskCleanupScreenTest, TheDeleteListShowsItsTotalRefusalsConfirmationAndR
 
   list->trashButton()->click();
   ASSERT_TRUE(list->confirmation()->isVisible());
-  EXPECT_TRUE(list->confirmation()->text().startsWith(
-      qs(SpaceMapTexts::trashConfirmation(1, 30'000'000))));
+  EXPECT_TRUE(
+      list->confirmation()->text().startsWith(qs(SpaceMapTexts::trashConfirmation(1, 30'000'000))));
   EXPECT_EQ(list->confirmButton()->text(), "Move to Trash");
   EXPECT_FALSE(list->trashButton()->isEnabled()) << "one confirmation at a time";
 

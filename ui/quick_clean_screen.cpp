@@ -12,7 +12,7 @@ namespace pellwin::ui {
 
 namespace {
 
-constexpr int itemRole = Qt::UserRole;   // an item's id
+constexpr int itemRole = Qt::UserRole;       // an item's id
 constexpr int groupRole = Qt::UserRole + 1;  // a group's id
 
 Qt::CheckState checkState(CleanTickState state) {
@@ -112,8 +112,7 @@ QuickCleanScreen::QuickCleanScreen(CleanerModel::Services services, QWidget* par
   auto fold = [this](QTreeWidgetItem* item) {
     if (filling_) return;
     const QString group = item->data(0, groupRole).toString();
-    if (!group.isEmpty() && item->parent() == nullptr)
-      model_->toggleCollapsed(group.toStdString());
+    if (!group.isEmpty() && item->parent() == nullptr) model_->toggleCollapsed(group.toStdString());
   };
   connect(groups_, &QTreeWidget::itemExpanded, this, fold);
   connect(groups_, &QTreeWidget::itemCollapsed, this, fold);
@@ -194,8 +193,8 @@ void QuickCleanScreen::refreshGroups() {
   const std::vector<CleanGroupPlan> listed = model_->listedGroups();
   for (const CleanGroupPlan& group : listed) {
     auto* top = new QTreeWidgetItem(
-        groups_, {qs(group.group.title), qs(Format::disk(group.tickedBytes(ticked))),
-                  qs(group.detail())});
+        groups_,
+        {qs(group.group.title), qs(Format::disk(group.tickedBytes(ticked))), qs(group.detail())});
     QFont bold = top->font(0);
     bold.setBold(true);
     top->setFont(0, bold);
@@ -217,7 +216,8 @@ void QuickCleanScreen::refreshGroups() {
       row->setTextAlignment(1, Qt::AlignRight | Qt::AlignVCenter);
     }
     for (const CleanSkip& skip : group.skipped) {
-      auto* row = new QTreeWidgetItem(top, {qs(skip.name), QString(), qs(CleanerTexts::skipRow(skip))});
+      auto* row =
+          new QTreeWidgetItem(top, {qs(skip.name), QString(), qs(CleanerTexts::skipRow(skip))});
       row->setFlags(Qt::ItemIsEnabled);
       row->setForeground(0, palette().color(QPalette::PlaceholderText));
     }
@@ -234,11 +234,11 @@ void QuickCleanScreen::itemChanged(QTreeWidgetItem* item, int column) {
   // The model's change rebuilds the tree, so this item is gone once the call returns; the
   // rebuild is queued so that Qt finishes with the item first.
   if (!id.isEmpty()) {
-    QMetaObject::invokeMethod(this, [this, id] { model_->toggle(id.toStdString()); },
-                              Qt::QueuedConnection);
+    QMetaObject::invokeMethod(
+        this, [this, id] { model_->toggle(id.toStdString()); }, Qt::QueuedConnection);
   } else if (!group.isEmpty()) {
-    QMetaObject::invokeMethod(this, [this, group] { model_->toggleGroup(group.toStdString()); },
-                              Qt::QueuedConnection);
+    QMetaObject::invokeMethod(
+        this, [this, group] { model_->toggleGroup(group.toStdString()); }, Qt::QueuedConnection);
   }
 }
 

@@ -56,8 +56,10 @@ class QuickCleanScreenTest : public ::testing::Test {
                   }
                   return results;
                 },
-            .logClean = [this](std::string_view, std::uint64_t deleted, std::uint64_t trashed,
-                               int items) { logged_.push_back({deleted, trashed, items}); }};
+            .logClean =
+                [this](std::string_view, std::uint64_t deleted, std::uint64_t trashed, int items) {
+                  logged_.push_back({deleted, trashed, items});
+                }};
   }
 
   bool reached(QuickCleanScreen& screen, CleanerModel::Phase phase) {
@@ -81,8 +83,8 @@ TEST_F(QuickCleanScreenTest, ListsTheGroupsWithSizesTicksAndSkippedPlacesAndShow
   screen.show();
   ASSERT_TRUE(reached(screen, CleanerModel::Phase::ready));
   EXPECT_EQ(screen.status()->text(), "6 items ticked, 485 MB");
-  EXPECT_EQ(topTitles(screen), (QStringList{"Developer caches", "App caches", "Old logs",
-                                            "Browser caches"}));
+  EXPECT_EQ(topTitles(screen),
+            (QStringList{"Developer caches", "App caches", "Old logs", "Browser caches"}));
   ASSERT_TRUE(screen.showAllButton()->isVisible());
   QTreeWidgetItem* developer = screen.groups()->topLevelItem(0);
   EXPECT_EQ(developer->text(1), "400 MB");

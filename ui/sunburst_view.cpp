@@ -49,8 +49,8 @@ QPolygonF thinSector(const SunburstGeometry& g, const SunburstArc& arc) {
 }
 
 QColor fillFor(const SunburstArc& arc, bool hovered) {
-  QColor colour = arc.kind == SunburstKind::node ? categoryColor(arc.category)
-                                                 : QColor(0x9A, 0x9D, 0xA3);
+  QColor colour =
+      arc.kind == SunburstKind::node ? categoryColor(arc.category) : QColor(0x9A, 0x9D, 0xA3);
   if (arc.isLocked) colour = QColor(0x7A, 0x7D, 0x83);
   colour = colour.lighter(100 + 12 * (arc.ring - 1));
   return hovered ? colour.lighter(125) : colour;
@@ -145,8 +145,8 @@ const SunburstArc* SunburstView::arcAt(QPointF point) const {
 }
 
 QString SunburstView::hoverText(const SunburstArc& arc) const {
-  QString text = qs(arc.name) + "\n" +
-                 (arc.isLocked ? QString("Locked") : qs(Format::disk(arc.bytes)));
+  QString text =
+      qs(arc.name) + "\n" + (arc.isLocked ? QString("Locked") : qs(Format::disk(arc.bytes)));
   if (explain_) {
     if (const auto explanation = explain_(arc)) text += "\n" + qs(*explanation);
   }
