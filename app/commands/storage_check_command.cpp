@@ -71,7 +71,7 @@ class ProgressTicker {
 int runScan(const StorageCheckOptions& options, const Environment& environment, std::ostream& out,
             std::ostream& err) {
   const std::string folder = StorageCheck::folderToScan(options.path, environment.home);
-  const DiskScanner scanner(environment.home);
+  const DiskScanner scanner(environment.home, environment.sysRoot);
   std::optional<ProgressTicker> ticker;
   if (environment.errIsTerminal) ticker.emplace(err);
   const auto started = std::chrono::steady_clock::now();

@@ -1,0 +1,63 @@
+// Lists folders ahead of the space-map walk on a few threads of its own, so that the disk has
+// several folders to read at once instead of one: a cold scan spends most of its time waiting
+// for the disk. The walk still takes each listing itself, one at a time and in its own order,
+// so the tree it builds never depends on which thread read what. The threads start with the
+// nice value and I/O priority of the thread that makes the prefetch (Linux copies both to a new
+// thread), so a background scan stays a background scan.
+// One owner thread calls `request` and `take`; the worker threads are internal.
+#pragma once
+
+#include <condition_variable>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "probe/files/walk_listing.h"
+
+namespace pellwin {
+
+class FolderPrefetch {
+ public:
+  // Which request a free thread takes first: the deepest folder, then the earliest in its
+  // parent's listing, which is the order a depth-first walk needs them in.
+  struct Rank {
+    std::size_t depth = 0;
+    std::size_t index = 0;
+  };
+  class Ticket;
+
+  // `threads` reading threads (none: every listing is read by `take`, on the caller's thread).
+  FolderPrefetch(std::size_t threads, std::uint64_t rootDevice);
+  FolderPrefetch(const FolderPrefetch&) = delete;
+  FolderPrefetch& operator=(const FolderPrefetch&) = delete;
+  // Drops the requests no thread has begun and waits for those being read.
+  ~FolderPrefetch();
+
+  [[nodiscard]] std::size_t threads() const { return workers_.size(); }
+
+  // Asks for `name` in the open folder `parent` to be listed; `parent` is kept open until then.
+  [[nodiscard]] std::shared_ptr<Ticket> request(std::shared_ptr<const FileDescriptor> parent,
+                                                std::string name, Rank rank);
+
+  // The requested listing: at once when read, after waiting when a thread is reading it, or
+  // read here, on the caller's thread, when no thread has begun it. At most once per ticket.
+  [[nodiscard]] WalkListing take(Ticket& ticket, std::vector<char>& buffer);
+
+ private:
+  void work();
+  [[nodiscard]] std::shared_ptr<Ticket> nextQueued();  // with mutex_ held
+
+  std::uint64_t rootDevice_;
+  std::mutex mutex_;
+  std::condition_variable queued_;  // a request arrived, or the prefetch is ending
+  std::condition_variable listed_;  // a thread finished a listing
+  std::vector<std::shared_ptr<Ticket>> queue_;  // a heap, first-ranked on top
+  bool ending_ = false;
+  std::vector<std::jthread> workers_;
+};
+
+}  // namespace pellwin

@@ -1,0 +1,101 @@
+#include "probe/files/folder_prefetch.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "testing/scratch_folder.h"
+#include "testing/walk_test_support.h"
+
+namespace pellwin {
+namespace {
+
+namespace fs = std::filesystem;
+
+// What a listing says, names in listing order with their kinds, for comparing listings.
+std::string summary(const WalkListing& listing) {
+  if (!listing.complete) return "incomplete";
+  std::string text;
+  for (const WalkEntry& entry : listing.entries) {
+    text += std::string(listing.name(entry)) + ":" +
+            std::to_string(static_cast<int>(entry.kind)) + ":" + std::to_string(entry.bytes) + " ";
+  }
+  return text;
+}
+
+std::shared_ptr<const FileDescriptor> openFolder(const std::string& path) {
+  return std::make_shared<const FileDescriptor>(
+      ::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+}
+
+TEST(FolderPrefetch, GivesEachFolderTheListingItWouldHaveReadItselfWhoeverReadIt) {
+  testing::ScratchFolder scratch;
+  const std::string root = scratch.path().string();
+  for (int i = 0; i < 40; ++i) {
+    testing::allocateFile(root + "/d" + std::to_string(i) + "/f" + std::to_string(i), 8192);
+    fs::create_directories(root + "/d" + std::to_string(i) + "/sub");
+  }
+  struct stat info {};
+  ASSERT_EQ(::stat(root.c_str(), &info), 0);
+  const auto device = static_cast<std::uint64_t>(info.st_dev);
+  const auto parent = openFolder(root);
+  std::vector<char> buffer;
+
+  for (std::size_t threads : {0, 1, 4}) {
+    SCOPED_TRACE(std::to_string(threads) + " threads");
+    FolderPrefetch prefetch(threads, device);
+    std::vector<std::shared_ptr<FolderPrefetch::Ticket>> tickets;
+    for (std::size_t i = 0; i < 40; ++i) {
+      tickets.push_back(prefetch.request(parent, "d" + std::to_string(i), {.depth = 1, .index = i}));
+    }
+    tickets.push_back(prefetch.request(parent, "missing", {.depth = 1, .index = 40}));
+    // Taken in the walk's order, whether read already, being read, or not begun.
+    for (std::size_t i = 0; i < 40; ++i) {
+      const std::string name = "d" + std::to_string(i);
+      EXPECT_EQ(summary(prefetch.take(*tickets[i], buffer)),
+                summary(listForWalk(parent->get(), name, device, buffer)));
+    }
+    EXPECT_EQ(summary(prefetch.take(*tickets[40], buffer)), "incomplete");
+  }
+}
+
+TEST(FolderPrefetch, EndsWithRequestsStillQueuedAndLetsTheirFoldersGo) {
+  testing::ScratchFolder scratch;
+  const std::string root = scratch.path().string();
+  for (int i = 0; i < 200; ++i) fs::create_directories(root + "/d" + std::to_string(i));
+  struct stat info {};
+  ASSERT_EQ(::stat(root.c_str(), &info), 0);
+  std::weak_ptr<const FileDescriptor> watched;
+  {
+    auto parent = openFolder(root);
+    watched = parent;
+    FolderPrefetch prefetch(2, static_cast<std::uint64_t>(info.st_dev));
+    for (std::size_t i = 0; i < 200; ++i) {
+      (void)prefetch.request(parent, "d" + std::to_string(i), {.depth = 0, .index = i});
+    }
+  }
+  EXPECT_TRUE(watched.expired());
+}
+
+TEST(WalkListing, LeavesOutWhatLiesOnAnotherDeviceButStillNotesMarkers) {
+  testing::ScratchFolder scratch;
+  const std::string root = scratch.path().string();
+  testing::allocateFile(root + "/code/package.json", 0);
+  testing::allocateFile(root + "/code/index.js", 0);
+  struct stat info {};
+  ASSERT_EQ(::stat(root.c_str(), &info), 0);
+  std::vector<char> buffer;
+  // Seen from a walk rooted on another device, everything here is left out.
+  const WalkListing listing =
+      listForWalk(AT_FDCWD, root + "/code", static_cast<std::uint64_t>(info.st_dev) + 1, buffer);
+  ASSERT_TRUE(listing.complete);
+  ASSERT_EQ(listing.entries.size(), 2u);
+  for (const WalkEntry& entry : listing.entries) EXPECT_EQ(entry.kind, WalkEntry::Kind::leftOut);
+  EXPECT_EQ(listing.markers, std::optional<std::vector<std::string>>({"package.json"}));
+}
+
+}  // namespace
+}  // namespace pellwin
