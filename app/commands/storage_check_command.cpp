@@ -195,7 +195,7 @@ std::vector<std::string> scanLines(const std::string& path, double seconds, cons
                   std::to_string(locked) + " locked");
   for (std::size_t i = 0; i < std::min(top, tree.children.size()); ++i) {
     const SizeNode& child = tree.children[i];
-    lines.push_back(child.sizeLabel() + "\t" + printableText(child.path));
+    lines.push_back(child.sizeLabel() + "\t" + printableText(child.path.str()));
   }
   return lines;
 }

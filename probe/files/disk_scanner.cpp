@@ -16,6 +16,7 @@
 #include "core/base/checked_math.h"
 #include "core/base/path_text.h"
 #include "core/space/folder_catalog.h"
+#include "core/space/node_path.h"
 #include "probe/files/directory_listing.h"
 #include "probe/files/folder_prefetch.h"
 #include "probe/files/walk_listing.h"
@@ -53,7 +54,10 @@ struct FileKeyHash {
 struct Frame {
   std::shared_ptr<const FileDescriptor> fd;
   std::uint64_t inode = 0;
-  std::string path;  // the real path
+  // Real and displayed paths, each sharing its parent's (the same one without a strip prefix),
+  // so a deep chain of frames holds every name once.
+  NodePath real;
+  NodePath display;
   WalkListing listing;
   std::size_t next = 0;
   // Entries before this one have had their prefetch asked for, when they are folders.
@@ -89,21 +93,26 @@ class Walk {
   std::expected<WalkResult, ScanError> run(const std::string& root);
 
  private:
-  void enter(const std::string& path, std::uint64_t inode, std::uint64_t ownBytes,
+  void enter(NodePath real, NodePath display, std::uint64_t inode, std::uint64_t ownBytes,
              double lastUsed, WalkListing listing);
+  [[nodiscard]] NodePath displayOf(const NodePath& real, const Frame& parent,
+                                   std::string_view name) const;
   [[nodiscard]] WalkListing listingOf(Frame& frame, std::size_t index, std::string_view name);
   void requestAhead();
-  void attachLocked(const std::string& path, double lastUsed);
+  void attachLocked(const NodePath& display, double lastUsed);
   void handle(Frame& frame, std::size_t index);
   void countFile(Frame& frame, const WalkEntry& entry);
   void finish();
   void attach(Frame& parent, SizeNode child);
   void closeShallowestIfNeeded();
   void reopenParent(Frame& parent, Frame& child);
-  SizeNode lockedNode(const std::string& path, double lastUsed) const;
-  void emit(const std::string& path);
+  SizeNode lockedNode(const NodePath& display, double lastUsed) const;
+  void emit(const NodePath& display);
 
   std::optional<std::string> stripPrefix_;
+  // Whether a displayed path is its folder's displayed path and a name: always, unless the root
+  // lies above the strip prefix, so that only some paths below it lose the prefix.
+  bool displayJoins_ = true;
   const ScanProgressHandler& progress_;
   std::stop_token stop_;
   std::size_t readerThreads_;
@@ -126,10 +135,15 @@ class Walk {
   std::size_t outstanding_ = 0;  // tickets asked for and not yet taken
 };
 
-SizeNode Walk::lockedNode(const std::string& path, double lastUsed) const {
-  std::string shown = displayPath(path, stripPrefix_);
-  return {.name = std::string(lastPathComponent(shown)),
-          .path = std::move(shown),
+// A node's name: the name its path added to its folder's, else the last component of the text.
+std::string nameOf(const NodePath& path) {
+  if (path.lastAdded().size() < path.size()) return std::string(path.lastAdded());
+  return std::string(lastPathComponent(path.str()));
+}
+
+SizeNode Walk::lockedNode(const NodePath& display, double lastUsed) const {
+  return {.name = nameOf(display),
+          .path = display,
           .bytes = 0,
           .isDirectory = true,
           .children = {},
@@ -141,7 +155,7 @@ SizeNode Walk::lockedNode(const std::string& path, double lastUsed) const {
           .markers = std::nullopt};
 }
 
-void Walk::emit(const std::string& path) {
+void Walk::emit(const NodePath& display) {
   if (!progress_) return;
   const auto now = std::chrono::steady_clock::now();
   if (lastEmit_ != std::chrono::steady_clock::time_point::min() &&
@@ -149,15 +163,21 @@ void Walk::emit(const std::string& path) {
     return;
   }
   lastEmit_ = now;
-  progress_({.items = items_, .bytes = bytes_, .currentPath = displayPath(path, stripPrefix_)});
+  progress_({.items = items_, .bytes = bytes_, .currentPath = display.str()});
 }
 
-void Walk::attachLocked(const std::string& path, double lastUsed) {
+void Walk::attachLocked(const NodePath& display, double lastUsed) {
   if (depth_ == 0) {
-    result_ = lockedNode(path, lastUsed);
+    result_ = lockedNode(display, lastUsed);
   } else {
-    attach(frames_[depth_ - 1], lockedNode(path, lastUsed));
+    attach(frames_[depth_ - 1], lockedNode(display, lastUsed));
   }
+}
+
+NodePath Walk::displayOf(const NodePath& real, const Frame& parent, std::string_view name) const {
+  if (!stripPrefix_) return real;
+  if (displayJoins_) return NodePath::inFolder(parent.display, name);
+  return NodePath(displayPath(real.str(), stripPrefix_));
 }
 
 // The listing of the folder at `index` in the frame: read ahead when it was asked for, else
@@ -197,24 +217,24 @@ void Walk::requestAhead() {
 // Starts visiting a folder, whose progress was reported before it was read: a new frame whose node is complete once its listing is used up.
 // A folder that could not be opened, or listed in full, becomes a locked node of its parent at
 // once; nothing of its listing has been counted, so it leaves no other trace.
-void Walk::enter(const std::string& path, std::uint64_t inode, std::uint64_t ownBytes,
+void Walk::enter(NodePath real, NodePath display, std::uint64_t inode, std::uint64_t ownBytes,
                  double lastUsed, WalkListing listing) {
   if (!listing.complete) {
-    attachLocked(path, lastUsed);
+    attachLocked(display, lastUsed);
     return;
   }
   if (frames_.size() == depth_) frames_.emplace_back();
   Frame& frame = frames_[depth_++];
   frame.fd = std::move(listing.folder);
   frame.inode = inode;
-  frame.path = path;
+  frame.real = std::move(real);
+  frame.display = std::move(display);
   frame.next = 0;
   frame.requested = 0;
   frame.tickets.clear();
   frame.taken = 0;
   frame.lost = false;
-  // The name and display path are set when the folder is finished, from `frame.path`, so that
-  // a deep chain holds each long path once rather than twice.
+  // The name and display path are set when the folder is finished, from the frame.
   frame.node = {.name = {},
                 .path = {},
                 .bytes = ownBytes,
@@ -291,9 +311,9 @@ void Walk::countFile(Frame& frame, const WalkEntry& entry) {
     return;
   }
   const std::string_view name = frame.listing.name(entry);
-  std::string shown = displayPath(joinedPath(frame.path, name), stripPrefix_);
   frame.node.children.push_back({.name = std::string(name),
-                                 .path = std::move(shown),
+                                 .path = displayOf(NodePath::inFolder(frame.real, name), frame,
+                                                   name),
                                  .bytes = entry.bytes,
                                  .isDirectory = false,
                                  .children = {},
@@ -315,7 +335,8 @@ void Walk::handle(Frame& frame, std::size_t index) {
   }
   bytes_ = checkedAdd(bytes_, entry.bytes, "scanned bytes");
   const std::string_view name = frame.listing.name(entry);
-  std::string path = joinedPath(frame.path, name);
+  NodePath real = NodePath::inFolder(frame.real, name);
+  NodePath display = displayOf(real, frame, name);
   if (frame.lost) {
     // A listing read ahead through the old descriptor is not used: what is left of a moved
     // folder is shown as private, however far the reading got.
@@ -323,21 +344,22 @@ void Walk::handle(Frame& frame, std::size_t index) {
       const WalkListing unused = prefetch_->take(*frame.tickets[frame.taken++].second, buffer_);
       --outstanding_;
     }
-    attach(frame, lockedNode(path, entry.lastUsed));
+    attach(frame, lockedNode(display, entry.lastUsed));
     return;
   }
-  emit(path);
+  emit(display);
   WalkListing listing = listingOf(frame, index, name);
-  enter(path, entry.inode, entry.bytes, entry.lastUsed, std::move(listing));
+  enter(std::move(real), std::move(display), entry.inode, entry.bytes, entry.lastUsed,
+        std::move(listing));
 }
 
 void Walk::finish() {
   Frame& frame = frames_[depth_ - 1];
   SizeNode::sortChildren(frame.node.children);
   SizeNode node = std::move(frame.node);
-  node.path = stripPrefix_ ? displayPath(frame.path, stripPrefix_) : std::move(frame.path);
-  if (node.path.empty()) node.path.push_back('/');
-  node.name = std::string(lastPathComponent(node.path));
+  node.path = std::move(frame.display);
+  node.name = nameOf(node.path);
+  frame.real = {};
   if (depth_ >= 2) reopenParent(frames_[depth_ - 2], frame);
   if (frame.fd) {
     frame.fd.reset();
@@ -367,8 +389,12 @@ std::expected<WalkResult, ScanError> Walk::run(const std::string& root) {
   }
   prefetch_.emplace(readerThreads_, rootDevice_);
   bytes_ = allocatedBytes(info);
-  emit(root);
-  enter(root, static_cast<std::uint64_t>(info.st_ino), allocatedBytes(info),
+  if (stripPrefix_ && !pathIsWithin(root, *stripPrefix_) && pathIsWithin(*stripPrefix_, root)) {
+    displayJoins_ = false;
+  }
+  NodePath display(displayPath(root, stripPrefix_));
+  emit(display);
+  enter(NodePath(root), std::move(display), static_cast<std::uint64_t>(info.st_ino), allocatedBytes(info),
         static_cast<double>(info.st_mtim.tv_sec),
         listForWalk(AT_FDCWD, root, rootDevice_, buffer_));
   while (depth_ > 0) {
@@ -398,11 +424,47 @@ std::string withoutTrailingSlashes(std::string path) {
   return path;
 }
 
+// The catalog reads each node's path as text. The text is built up a name at a time on the way
+// down and cut back on the way up, rather than made anew for every node: a deep tree's paths
+// would cost its depth times their length.
 void setCategories(SizeNode& tree, const std::string& home) {
-  tree.forEachMutable([&](SizeNode& node) {
-    node.category =
-        node.isLocked ? StorageCategory::system : FolderCatalog::category(node.path, home);
-  });
+  struct Level {
+    SizeNode* node;
+    std::size_t next = 0;
+    std::string replaced{};  // the text before this node's path was written whole
+    bool rewrote = false;
+    std::size_t parentLength = 0;
+  };
+  std::string text;
+  std::vector<Level> stack;
+  auto enter = [&](SizeNode& node, const NodePath* parent) {
+    Level level{.node = &node, .parentLength = text.size()};
+    if (parent != nullptr && node.path.isInFolder(*parent)) {
+      if (text.empty() || text.back() != '/') text += '/';
+      text += node.path.lastAdded();
+    } else {
+      level.replaced = std::move(text);
+      level.rewrote = true;
+      text = node.path.str();
+    }
+    node.category = node.isLocked ? StorageCategory::system : FolderCatalog::category(text, home);
+    stack.push_back(std::move(level));
+  };
+  enter(tree, nullptr);
+  while (!stack.empty()) {
+    Level& level = stack.back();
+    if (level.next < level.node->children.size()) {
+      SizeNode& child = level.node->children[level.next++];
+      enter(child, &level.node->path);
+      continue;
+    }
+    if (level.rewrote) {
+      text = std::move(level.replaced);
+    } else {
+      text.resize(level.parentLength);
+    }
+    stack.pop_back();
+  }
 }
 
 }  // namespace
@@ -433,7 +495,7 @@ std::expected<WalkResult, ScanError> DiskScanner::rescan(
     const ScanProgressHandler& progress, std::stop_token stop) const {
   std::string real = folder.path;
   if (stripPrefix && !stripPrefix->empty()) {
-    real = folder.path == "/" ? *stripPrefix : *stripPrefix + folder.path;
+    real = folder.path == "/" ? *stripPrefix : *stripPrefix + folder.path.str();
   }
   return scan(real, stripPrefix, progress, std::move(stop));
 }
