@@ -15,11 +15,10 @@
 
 #include <chrono>
 #include <cstdio>
-#include <deque>
-#include <thread>
 #include <vector>
 
 #include "app/system_roots.h"
+#include "bench/idle_children.h"
 #include "probe/system/system_reader.h"
 
 extern char** environ;
@@ -27,44 +26,8 @@ extern char** environ;
 namespace pellwin {
 namespace {
 
-constexpr int childCount = 500;
-
-// Idle children started by the benchmark and ended when it ends.
-class Children {
- public:
-  Children() {
-    for (int i = 0; i < childCount; ++i) start();
-    // Past the age at which the reader still re-reads a young process's cgroup: what is
-    // measured is the steady state.
-    std::this_thread::sleep_for(std::chrono::duration<double>(ProcessReader::youngAge + 0.5));
-  }
-  ~Children() {
-    while (!pids_.empty()) endOldest();
-  }
-  Children(const Children&) = delete;
-  Children& operator=(const Children&) = delete;
-
-  void start() {
-    const pid_t pid = ::fork();
-    if (pid == 0) {
-      for (;;) ::pause();
-    }
-    if (pid > 0) pids_.push_back(pid);
-  }
-  void endOldest() {
-    ::kill(pids_.front(), SIGKILL);
-    ::waitpid(pids_.front(), nullptr, 0);
-    pids_.pop_front();
-  }
-
- private:
-  std::deque<pid_t> pids_;
-};
-
-Children& children() {
-  static Children alive;
-  return alive;
-}
+using Children = bench::IdleChildren;
+Children& children() { return bench::idleChildren(); }
 
 SystemReader::Roots roots() { return systemReaderRoots(Environment{}); }
 

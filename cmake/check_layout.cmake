@@ -4,9 +4,10 @@
 #   ui -> app -> probe, store -> core, and inside the core
 #   monitor -> base; history -> monitor, base; space -> base; clean -> space, monitor, base;
 # inside the probe, system/ and files/ share only the helpers at probe/; inside the app, the
-# models never include the command-line modes. Test files (*_test.cpp) may use anything their
-# top folder may, plus testing/; nothing else includes testing/. The core includes only the
-# standard library, Qt appears only in ui/ and SQLite only in store/.
+# models never include the command-line modes nor the desktop's services in app/desktop (which
+# implement the models' interfaces and never include the modes). Test files (*_test.cpp) may
+# use anything their top folder may, plus testing/; nothing else includes testing/. The core
+# includes only the standard library, Qt appears only in ui/ and SQLite only in store/.
 if(NOT ROOT)
   message(FATAL_ERROR "check_layout.cmake needs -DROOT=<project root>")
 endif()
@@ -24,9 +25,10 @@ set(rules
   "probe=^(probe/[^/]+$|core/)"
   "store=^(store/|core/)"
   "app/models=^(app/models/|app/[^/]+$|probe/|store/|core/)"
+  "app/desktop=^(app/desktop/|app/models/|app/[^/]+$|probe/|store/|core/)"
   "app=^(app/|probe/|store/|core/)"
   "ui=^(ui/|app/|probe/|store/|core/)"
-  "bench=^(app/|probe/|store/|core/|testing/)"
+  "bench=^(bench/|app/|probe/|store/|core/|testing/)"
   "testing=^(testing/|app/|probe/|store/|core/)")
 # What lies below each top folder, for its tests.
 set(below_core "core/")

@@ -30,6 +30,7 @@ tree(good "core/monitor/a.h" "#include \"core/base/b.h\""
           "core/clean/c.cpp" "#include \"core/space/d.h\""
           "probe/files/e.cpp" "#include \"probe/proc_file.h\""
           "app/models/f.cpp" "#include \"app/environment.h\""
+          "app/desktop/h.cpp" "#include \"app/models/notification_server.h\""
           "app/models/f_test.cpp" "#include \"testing/scratch_folder.h\""
           "ui/g.cpp" "#include <QWidget>")
 expect_check(${SCRATCH}/good pass "")
@@ -45,6 +46,8 @@ violation(sideways "core/space/a.cpp" "#include \"core/history/rollup.h\"")
 violation(probe_halves "probe/system/a.cpp" "#include \"probe/files/trasher.h\"")
 violation(store_to_app "store/a.cpp" "#include \"app/entry.h\"")
 violation(model_to_mode "app/models/a.cpp" "#include \"app/commands/check_command.h\"")
+violation(model_to_desktop "app/models/a.cpp" "#include \"app/desktop/process_signals.h\"")
+violation(desktop_to_mode "app/desktop/a.cpp" "#include \"app/commands/check_command.h\"")
 violation(test_support "probe/a.cpp" "#include \"testing/scratch_folder.h\"")
 violation(core_platform "core/base/a.cpp" "#include <sys/stat.h>")
 violation(qt_outside "app/a.cpp" "#include <QObject>")

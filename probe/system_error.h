@@ -10,8 +10,9 @@ namespace pellwin {
 
 struct SystemError {
   // A short verb for what failed: "open", "read", "lstat", "stat", "mkdir", "unlink",
-  // "rename", "write", "create", "flush", "replace", or "trash" (moving an item into a trash
-  // folder, or finding no trash on its disk that can take it).
+  // "rename", "write", "create", "flush", "replace", "trash" (moving an item into a trash
+  // folder, or finding no trash on its disk that can take it), or "kill" (signalling a
+  // process; no path).
   std::string operation{};
   std::string path{};    // the path the call named, spelled as the caller knows it
   int code = 0;          // errno

@@ -48,9 +48,14 @@ bool isUnsafe(char32_t c) {
          || c == 0x2028 || c == 0x2029;                // line and paragraph separators
 }
 
-}  // namespace
+bool isLineSpace(char32_t c) {
+  return c == '\t' || c == '\n' || c == '\v' || c == '\f' || c == '\r' || c == 0x2028 ||
+         c == 0x2029;
+}
 
-std::string printableText(std::string_view text) {
+enum class Unsafe { replace, strip };
+
+std::string safeText(std::string_view text, Unsafe unsafe) {
   std::string safe;
   safe.reserve(text.size());
   for (std::size_t at = 0; at < text.size();) {
@@ -58,16 +63,24 @@ std::string printableText(std::string_view text) {
     if (d.length == 0) {
       safe += '?';
       at += 1;
-    } else {
-      if (isUnsafe(d.codePoint)) {
-        safe += '?';
-      } else {
-        safe.append(text, at, d.length);
-      }
-      at += d.length;
+      continue;
     }
+    if (!isUnsafe(d.codePoint)) {
+      safe.append(text, at, d.length);
+    } else if (unsafe == Unsafe::replace) {
+      safe += '?';
+    } else if (isLineSpace(d.codePoint)) {
+      safe += ' ';
+    }
+    at += d.length;
   }
   return safe;
 }
+
+}  // namespace
+
+std::string printableText(std::string_view text) { return safeText(text, Unsafe::replace); }
+
+std::string strippedText(std::string_view text) { return safeText(text, Unsafe::strip); }
 
 }  // namespace pellwin

@@ -38,5 +38,25 @@ TEST(PrintableText, ReplacesEverythingThatCouldSteerATerminal) {
   }
 }
 
+TEST(StrippedText, DropsControlsAndKeepsWordsApart) {
+  using namespace std::string_literals;
+  const struct {
+    const char* why;
+    std::string text;
+    std::string expected;
+  } cases[] = {
+      {"plain text and markup characters stay", "Web <Content> & co", "Web <Content> & co"},
+      {"an escape sequence loses its escape", "a\x1b[2Jb", "a[2Jb"},
+      {"line breaks and tabs become blanks", "two\nlines\tand\r\u2028more", "two lines and  more"},
+      {"NUL, DEL and C1 go", "a\0b\x7f\xc2\x9b"s "c", "abc"},
+      {"bidirectional override goes", "evil\u202Etxt", "eviltxt"},
+      {"invalid UTF-8 still becomes a question mark", "a\xff", "a?"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.why);
+    EXPECT_EQ(strippedText(c.text), c.expected);
+  }
+}
+
 }  // namespace
 }  // namespace pellwin

@@ -111,6 +111,7 @@ void fold(AppUsage& app, const ProcessUsage& usage) {
   const ProcessSample& sample = *usage.sample;
   app.processCount += 1;
   app.pids.push_back(sample.pid);
+  app.parentPids.push_back(sample.parentPid);
   app.footprintBytes += sample.footprintBytes;
   app.cpuCores += usage.cpuCores;
   app.diskBytesPerSecond += usage.diskBytesPerSecond;

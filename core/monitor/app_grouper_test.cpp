@@ -64,6 +64,9 @@ TEST(AppGrouper, FoldsEveryHelperOfABundleIncludingNestedHelperApps) {
   g.samples[0].footprintBytes = 100;
   g.samples[1].footprintBytes = 20;
   g.samples[2].footprintBytes = 3;
+  g.samples[0].parentPid = 1;
+  g.samples[1].parentPid = 10;
+  g.samples[2].parentPid = 10;
 
   const auto apps = g.group([](std::string_view path) -> std::optional<std::string> {
     if (path == "/Applications/Google Chrome.app") return "com.google.Chrome";
@@ -78,6 +81,7 @@ TEST(AppGrouper, FoldsEveryHelperOfABundleIncludingNestedHelperApps) {
   EXPECT_EQ(app.bundleIdentifier, "com.google.Chrome");
   EXPECT_EQ(app.processCount, 3);
   EXPECT_EQ(app.pids, (std::vector<std::int32_t>{10, 11, 12}));
+  EXPECT_EQ(app.parentPids, (std::vector<std::int32_t>{1, 10, 10}));
   EXPECT_EQ(app.footprintBytes, 123u);
   EXPECT_DOUBLE_EQ(app.cpuCores, 1.0);
   EXPECT_FALSE(app.detail.has_value());

@@ -23,6 +23,7 @@ struct AppUsage {
   std::optional<double> runningSince{};           // the earliest start among its processes
   int processCount = 0;
   std::vector<std::int32_t> pids{};
+  std::vector<std::int32_t> parentPids{};  // the parent of each of `pids`, in the same order
   std::uint64_t footprintBytes = 0;
   double cpuCores = 0;
   double diskBytesPerSecond = 0;

@@ -25,6 +25,7 @@ struct AppIdentity {
 
 struct ProcessSample {
   std::int32_t pid = 0;
+  std::int32_t parentPid = 0;  // 0 when unknown; changes when the parent goes away
   std::string name{};
   std::string path{};  // executable; empty when unknown or not ours to read
   std::uint64_t footprintBytes = 0;

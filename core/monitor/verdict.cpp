@@ -42,6 +42,18 @@ std::map<Resource, Lead> Verdict::leads() const {
   return leads;
 }
 
+std::optional<Notice> Verdict::notice(Resource resource) const {
+  const auto found = std::ranges::find(resources, resource, &ResourceVerdict::resource);
+  if (found == resources.end() || found->health != Health::problem) return std::nullopt;
+  Notice notice{.resource = resource, .title = found->headline, .body = found->reason};
+  if (!found->contributors.empty()) {
+    const Contributor& first = found->contributors.front();
+    notice.body += " " + first.name + " is using " + first.value + ".";
+    notice.cause = first.name + " " + first.value;
+  }
+  return notice;
+}
+
 std::optional<AppRole> Verdict::role(const std::string& appID) const {
   for (const ResourceVerdict& resource : resources) {
     if (resource.health == Health::ok || resource.contributors.empty()) continue;

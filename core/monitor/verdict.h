@@ -21,6 +21,16 @@ struct AppRole {
   friend bool operator==(const AppRole&, const AppRole&) = default;
 };
 
+// The notification for a resource that has stayed red: its title and body, and the app behind
+// it with its figure ("Google Chrome 10.6 GB") for the alert log.
+struct Notice {
+  Resource resource = Resource::memory;
+  std::string title{};
+  std::string body{};
+  std::optional<std::string> cause{};
+  friend bool operator==(const Notice&, const Notice&) = default;
+};
+
 struct Verdict {
   std::vector<ResourceVerdict> resources{};
   std::vector<Tip> tips{};
@@ -33,6 +43,8 @@ struct Verdict {
   [[nodiscard]] std::string shortStatus() const;
   // The first contributor of each resource that has one: the app blamed for it.
   [[nodiscard]] std::map<Resource, Lead> leads() const;
+  // What to notify for `resource`; none unless it is shown as a problem.
+  [[nodiscard]] std::optional<Notice> notice(Resource resource) const;
   // The first resource, in order, that is not healthy and whose first contributor is this app.
   [[nodiscard]] std::optional<AppRole> role(const std::string& appID) const;
 

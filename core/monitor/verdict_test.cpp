@@ -291,6 +291,28 @@ TEST(Verdict, LeadsAndRolesComeFromTheFirstContributor) {
   EXPECT_FALSE(verdict.role("app:Slack").has_value());
 }
 
+TEST(Verdict, NoticesOnlyForProblemsAndNameTheFirstContributor) {
+  const Diagnoser diagnoser;
+  const auto verdict = *diagnoser.verdict(
+      minute(0.95, kApps), {{Resource::cpu, Health::problem},
+                            {Resource::heat, Health::strain},
+                            {Resource::diskSpace, Health::problem}});
+  const ResourceVerdict& cpu = verdict.resources[1];
+  const auto notice = verdict.notice(Resource::cpu);
+  ASSERT_TRUE(notice.has_value());
+  EXPECT_EQ(notice->title, cpu.headline);
+  EXPECT_EQ(notice->body, cpu.reason + " Firefox is using " + cpu.contributors[0].value + ".");
+  EXPECT_EQ(notice->cause, "Firefox " + cpu.contributors[0].value);
+
+  const auto space = verdict.notice(Resource::diskSpace);
+  ASSERT_TRUE(space.has_value());
+  EXPECT_EQ(space->body, verdict.resources[2].reason) << "no app is behind a full disk";
+  EXPECT_FALSE(space->cause.has_value());
+
+  EXPECT_FALSE(verdict.notice(Resource::heat).has_value()) << "strain is never notified";
+  EXPECT_FALSE(verdict.notice(Resource::memory).has_value());
+}
+
 TEST(Advice, AppLinesDependOnTheKindOfApp) {
   AppUsage part = app("Display server", AppCategory::system, kGiB, 0.5);
   part.explanation = "Draws windows on your screen.";

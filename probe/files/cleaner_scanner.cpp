@@ -13,6 +13,7 @@
 #include "core/base/ascii_case.h"
 #include "probe/files/directory_listing.h"
 #include "probe/files/freeable_size.h"
+#include "probe/files/mount_point.h"
 
 namespace pellwin {
 
@@ -130,7 +131,7 @@ class GroupScan {
         if (!self) continue;
         for (const DirectoryEntry& entry : list(folder)) {
           if (!entry.isDirectory || entry.isSymlink || entry.device != self->st_dev ||
-              !matches(part, entry.name)) {
+              !matches(part, entry.name) || isMountPoint(folder + "/" + entry.name)) {
             continue;
           }
           Place child{.relative = base + entry.name, .matched = place.matched};
@@ -183,7 +184,8 @@ class GroupScan {
   }
 
   void takeWhole(const CleanSource& source, const Place& place) {
-    if (!reachedDirectly(place.relative)) return;
+    // A mount point is never cleaned: it is another disk, or a folder bound from elsewhere.
+    if (!reachedDirectly(place.relative) || isMountPoint(absolute(place.relative))) return;
     std::optional<double> limit;
     if (source.olderThanDays) limit = cutoff(source);
     take(absolute(place.relative), shownName(source, place), limit);
@@ -194,8 +196,11 @@ class GroupScan {
     const auto self = lstatOf(folder);
     if (!self || !S_ISDIR(self->st_mode) || !reachedDirectly(place.relative)) return;
     for (const DirectoryEntry& entry : list(folder)) {
-      // Links, placeholders and mount points are never taken.
-      if (entry.isSymlink || entry.isDataless || entry.device != self->st_dev) continue;
+      // Links, placeholders and mount points (a bind mount keeps the device) are never taken.
+      if (entry.isSymlink || entry.isDataless || entry.device != self->st_dev ||
+          (entry.isDirectory && isMountPoint(folder + "/" + entry.name))) {
+        continue;
+      }
       if (excluded(source, entry.name)) continue;
       std::optional<double> limit;
       if (source.olderThanDays) {

@@ -10,6 +10,8 @@
 #include <utility>
 #include <vector>
 
+#include "probe/files/mount_point.h"
+
 namespace pellwin {
 
 std::expected<FileDescriptor, SystemError> openFolderWithoutLinks(std::string_view absolutePath,
@@ -203,8 +205,8 @@ class TreeRemoval {
       unlinkIn(folderFd, name, 0, path);
       return WalkStep::skip;
     }
-    if (info.st_dev != device_) {
-      note("Another disk is mounted inside it, at " + path);
+    if (info.st_dev != device_ || isMountPoint(folderFd, name)) {
+      note(mountInsideRefusal(path));
       return WalkStep::skip;
     }
     openUp(folderFd, name, info);
@@ -278,6 +280,10 @@ std::expected<void, std::string> removeTree(int parentFd, const std::string& nam
   if (::fstatat(parentFd, name.c_str(), &info, AT_SYMLINK_NOFOLLOW) != 0) {
     if (errno == ENOENT) return {};
     return itemFailure("lstat", name);
+  }
+  // Emptying a mount point would empty the disk or the folder bound there.
+  if (S_ISDIR(info.st_mode) && isMountPoint(parentFd, name)) {
+    return std::unexpected(std::string(mountPointRefusal));
   }
   TreeRemoval removal(info.st_dev);
   if (!S_ISDIR(info.st_mode)) {

@@ -48,10 +48,11 @@ struct FolderWalkVisitor {
                                                           const FolderWalkVisitor& visitor);
 
 // Removes the entry `name` of the open folder `parentFd`, and for a folder everything in it,
-// without following a link and without entering another volume (a disk mounted inside stays,
-// and so does every folder around it). Folders the user owns that lack write or search
-// permission are opened up first, so that read-only caches can go. Whatever can be removed is;
-// the first problem comes back as a sentence. An entry that is already gone is a success.
+// without following a link and without entering a mount point (a disk or a bind-mounted folder
+// inside stays, and so does every folder around it; a mount point itself is refused). Folders the
+// user owns that lack write or search permission are opened up first, so that read-only caches can
+// go. Whatever can be removed is; the first problem comes back as a sentence. An entry that is
+// already gone is a success.
 [[nodiscard]] std::expected<void, std::string> removeTree(int parentFd, const std::string& name);
 
 }  // namespace pellwin

@@ -63,7 +63,7 @@ TEST(RemoveTree, LeavesAMountedDiskAndEverythingAroundItAndSaysSo) {
   const FileDescriptor parent = openFolder(scratch.path());
   const auto removed = removeTree(parent.get(), "cache");
   ASSERT_FALSE(removed.has_value());
-  EXPECT_EQ(removed.error(), "Another disk is mounted inside it, at cache/a/mounted");
+  EXPECT_EQ(removed.error(), "Another disk or folder is mounted inside it, at cache/a/mounted");
   EXPECT_TRUE(fs::exists(scratch / "cache/a/mounted/theirs"));
   EXPECT_FALSE(fs::exists(scratch / "cache/a/file"));
   EXPECT_FALSE(fs::exists(scratch / "cache/b"));

@@ -13,6 +13,7 @@
 
 #include "probe/file_descriptor.h"
 #include "probe/files/directory_listing.h"
+#include "probe/files/mount_point.h"
 
 namespace pellwin {
 
@@ -87,15 +88,16 @@ Frame readFolder(int fd, std::string path, const struct stat& self, Tally& tally
   Frame frame{.device = self.st_dev, .inode = self.st_ino, .path = std::move(path)};
   // A folder read only in part counts what could be read, as `measure` promises: the figure
   // estimates what cleaning would free, and a part is closer to it than nothing.
-  std::ignore = DirectoryListing::read(fd, frame.path, buffer,
-                                       [&](std::string_view name, const struct stat& info) {
-                                         if (S_ISDIR(info.st_mode)) {
-                                           if (!tally.onVolume(info))
-                                             return;  // a mount point: not ours to count
-                                           frame.folders.emplace_back(name);
-                                         }
-                                         tally.count(info);
-                                       });
+  std::ignore = DirectoryListing::read(
+      fd, frame.path, buffer, [&](std::string_view name, const struct stat& info) {
+        if (S_ISDIR(info.st_mode)) {
+          // A mount point, of another disk or a bind mount
+          // of a folder: not ours to count.
+          if (!tally.onVolume(info) || isMountPoint(fd, std::string(name))) return;
+          frame.folders.emplace_back(name);
+        }
+        tally.count(info);
+      });
   return frame;
 }
 

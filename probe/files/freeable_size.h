@@ -1,6 +1,7 @@
 // How much space removing one file or folder would give back, and when anything in it last
 // changed. Blocking; call it off the UI thread. Reads only; never follows a symbolic link and
-// never enters another volume, so a disk mounted inside is neither counted nor walked.
+// never enters a mount point, so a disk or a bind-mounted folder inside is neither counted nor
+// walked.
 #pragma once
 
 #include <cstdint>

@@ -14,6 +14,7 @@
 
 #include "probe/files/folder_size.h"
 #include "probe/files/folder_walk.h"
+#include "probe/files/mount_point.h"
 #include "probe/files/trash_info.h"
 
 namespace pellwin {
@@ -312,6 +313,8 @@ std::expected<FreedesktopTrash::Entry, std::string> FreedesktopTrash::moveToTras
   }
   if (S_ISLNK(item.info.st_mode))
     return std::unexpected(std::string("It's a shortcut to somewhere else"));
+  if (S_ISDIR(item.info.st_mode) && isMountPoint(item.parentFd, item.name))
+    return std::unexpected(std::string(mountPointRefusal));
 
   const std::string date = localNow();
   const auto intoVolumeTrash = [&]() -> std::expected<Entry, std::string> {

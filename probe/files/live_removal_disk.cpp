@@ -7,6 +7,7 @@
 #include <cstdlib>
 
 #include "probe/files/folder_walk.h"
+#include "probe/files/mount_point.h"
 
 namespace pellwin {
 
@@ -14,7 +15,9 @@ std::expected<RemovalDisk::Entry, SystemError> LiveRemovalDisk::inspect(const st
   struct stat info {};
   if (::lstat(path.c_str(), &info) != 0)
     return std::unexpected(SystemError::fromErrno("lstat", path));
-  return Entry{.isSymlink = S_ISLNK(info.st_mode), .isDirectory = S_ISDIR(info.st_mode)};
+  return Entry{.isSymlink = S_ISLNK(info.st_mode),
+               .isDirectory = S_ISDIR(info.st_mode),
+               .isMountPoint = S_ISDIR(info.st_mode) && isMountPoint(path)};
 }
 
 std::optional<std::string> LiveRemovalDisk::resolve(const std::string& path) {
@@ -37,11 +40,13 @@ std::expected<std::optional<RemovalDisk::Subfolder>, SystemError> LiveRemovalDis
   const std::string base = folder.ends_with('/') ? folder : folder + "/";
   const FolderWalkVisitor visitor{
       .entry =
-          [&](int, const std::string& name, const std::string& relative, const struct stat& info) {
+          [&](int folderFd, const std::string& name, const std::string& relative,
+              const struct stat& info) {
             if (!S_ISDIR(info.st_mode)) return WalkStep::skip;
-            Subfolder subfolder{.path = base + relative,
-                                .name = name,
-                                .onOtherVolume = info.st_dev != rootInfo.st_dev};
+            Subfolder subfolder{
+                .path = base + relative,
+                .name = name,
+                .isMountPoint = info.st_dev != rootInfo.st_dev || isMountPoint(folderFd, name)};
             if (isProtected(subfolder)) {
               found = std::move(subfolder);
               return WalkStep::stop;

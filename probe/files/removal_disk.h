@@ -16,13 +16,14 @@ class RemovalDisk {
   struct Entry {
     bool isSymlink = false;
     bool isDirectory = false;
+    bool isMountPoint = false;  // another disk, or a folder bound there from elsewhere
   };
 
   // A folder met below the folder being checked.
   struct Subfolder {
     std::string path{};  // the folder's path, spelled from the checked folder's path
     std::string name{};
-    bool onOtherVolume = false;  // a disk mounted there
+    bool isMountPoint = false;  // another disk, or a folder bound there from elsewhere
   };
 
   virtual ~RemovalDisk() = default;

@@ -5,6 +5,7 @@
 
 #include "core/space/folder_catalog.h"
 #include "core/space/removal_rules.h"
+#include "probe/files/mount_point.h"
 
 namespace pellwin {
 
@@ -100,14 +101,15 @@ std::expected<std::optional<std::string>, SystemError> Trasher::hazardInside(
     const std::string& resolvedFolder) const {
   const auto split = RemovalRules::split(checkedGuards_);
   const auto found = disk_.findSubfolder(resolvedFolder, [&](const RemovalDisk::Subfolder& folder) {
-    // Another disk mounted inside would go to the Trash with the folder, and emptying the
-    // Trash would then erase it.
-    return folder.onOtherVolume ||
+    // A disk or a folder mounted inside would go to the Trash with the folder, and emptying
+    // the Trash would then erase what is mounted there.
+    return folder.isMountPoint ||
            RemovalRules::refusal(homeSpelling(folder.path), home_, split).has_value();
   });
   if (!found) return std::unexpected(found.error());
   if (!*found) return std::optional<std::string>();
-  return std::optional<std::string>((*found)->name);
+  if ((*found)->isMountPoint) return std::optional<std::string>(mountInsideRefusal((*found)->name));
+  return std::optional<std::string>("It holds " + (*found)->name + ", which Tovrin keeps safe");
 }
 
 TrashResult Trasher::act(const TrashItem& item, CleanAction action) const {
@@ -127,6 +129,7 @@ TrashResult Trasher::act(const TrashItem& item, CleanAction action) const {
   if (auto refused = RemovalRules::verdict(path, home_, entry->isSymlink, real, checkedGuards_)) {
     return result(item, Outcome::refused, refused->reason);
   }
+  if (entry->isMountPoint) return result(item, Outcome::refused, mountPointRefusal);
   if (action == CleanAction::delete_ && (!isCleanable(path) || !isCleanable(real))) {
     return result(item, Outcome::refused, onlyCaches);
   }
@@ -135,9 +138,7 @@ TrashResult Trasher::act(const TrashItem& item, CleanAction action) const {
     if (!hazard) {
       return result(item, Outcome::failed, sentence(hazard.error(), ErrorWording::reason));
     }
-    if (*hazard) {
-      return result(item, Outcome::refused, "It holds " + **hazard + ", which Tovrin keeps safe");
-    }
+    if (*hazard) return result(item, Outcome::refused, **hazard);
   }
 
   const auto done = action == CleanAction::delete_ ? disk_.removeForGood(*resolved)

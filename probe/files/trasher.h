@@ -40,8 +40,8 @@ class Trasher {
 
  private:
   [[nodiscard]] TrashResult act(const TrashItem& item, CleanAction action) const;
-  // The name of the first folder inside that must stay, or nothing; an error when the folder
-  // could not be searched.
+  // Why the folder may not go, from the first folder inside that must stay (protected, or a
+  // mount point), or nothing; an error when the folder could not be searched.
   [[nodiscard]] std::expected<std::optional<std::string>, SystemError> hazardInside(
       const std::string& resolvedFolder) const;
   // Whether the folder catalog lets the path be deleted for good, in its standard place.

@@ -87,12 +87,12 @@ TEST(Trasher, ChecksEachItemOnTheDiskAndGivesOneResultPerItemInOrder) {
   disk.nodes["/home/ann/dangling"] = {.entry = {.isSymlink = true, .isDirectory = false},
                                       .resolved = std::nullopt};
   disk.folder("/home/ann/projects",
-              {{.path = "/home/ann/projects/app", .name = "app", .onOtherVolume = false},
+              {{.path = "/home/ann/projects/app", .name = "app", .isMountPoint = false},
                {.path = "/home/ann/projects/app/.local/share/Tovrin",
                 .name = "Tovrin",
-                .onOtherVolume = false}});
+                .isMountPoint = false}});
   disk.folder("/home/ann/media",
-              {{.path = "/home/ann/media/usb", .name = "usb", .onOtherVolume = true}});
+              {{.path = "/home/ann/media/usb", .name = "usb", .isMountPoint = true}});
   disk.folder("/home/ann/.local/share/Tovrin");
   disk.folder("/home/ann/Documents");
   Trasher trasher("/home/ann", {.kept = {"/home/ann/projects/app/.local/share/Tovrin"}}, disk);
@@ -131,7 +131,7 @@ TEST(Trasher, ChecksEachItemOnTheDiskAndGivesOneResultPerItemInOrder) {
       {.path = "/home/ann/media",
        .bytes = 70,
        .outcome = Outcome::refused,
-       .reason = "It holds usb, which Tovrin keeps safe"},
+       .reason = "Another disk or folder is mounted inside it, at usb"},
       {.path = "/home/ann/Documents",
        .bytes = 80,
        .outcome = Outcome::refused,

@@ -1,6 +1,6 @@
 // The walk with threads reading ahead builds exactly the tree that the walk alone builds, and
 // both match a plain recursive walk written from the rules: on real trees with hard links
-// across folders, links, a mounted volume, folders it may not read, thousands of folders, a
+// across folders, links, a mounted volume, a bind mount, folders it may not read, thousands of folders, a
 // chain deeper than the walk keeps open, and many items of equal size.
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -13,7 +13,9 @@
 #include "core/space/project_rules.h"
 #include "probe/files/directory_listing.h"
 #include "probe/files/disk_scanner.h"
+#include "probe/files/mount_point.h"
 #include "probe/files/size_node_json.h"
+#include "testing/bind_mount.h"
 #include "testing/scratch_folder.h"
 #include "testing/trash_test_support.h"
 #include "testing/walk_test_support.h"
@@ -62,6 +64,7 @@ class ReferenceWalk {
         node.markers->push_back(entry.name);
       }
       if (entry.device != device_) continue;
+      if (entry.isDirectory && isMountPoint(joinedPath(path, entry.name))) continue;
       const std::string childPath = joinedPath(path, entry.name);
       SizeNode child;
       if (entry.isDirectory) {
@@ -182,6 +185,18 @@ TEST(WalkEquivalence, ReadersLeaveOutAVolumeMountedInside) {
   testing::ScratchMount mount(root + "/a/mnt");
   if (!mount.mounted()) GTEST_SKIP() << "needs root to mount a tmpfs";
   allocateFile(root + "/a/mnt/inside.bin", 5'000'000);
+  EXPECT_EQ(differences(root), "");
+}
+
+TEST(WalkEquivalence, ReadersLeaveOutAFolderBoundOnTheSameDisk) {
+  ScratchFolder scratch;
+  const std::string root = fs::canonical(scratch.path()).string() + "/scan";
+  makeMixedTree(root);
+  testing::BindMount bound(root + "/a", root + "/m/bound", root);
+  if (!bound.mounted()) GTEST_SKIP() << bound.failure();
+  const SizeNode* m = ReferenceWalk().run(root).tree.find(root + "/m");
+  ASSERT_NE(m, nullptr);
+  EXPECT_EQ(m->find(root + "/m/bound"), nullptr);
   EXPECT_EQ(differences(root), "");
 }
 

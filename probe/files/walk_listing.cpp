@@ -7,6 +7,7 @@
 
 #include "core/space/project_rules.h"
 #include "probe/files/directory_listing.h"
+#include "probe/files/mount_point.h"
 
 namespace pellwin {
 
@@ -23,9 +24,11 @@ double lastUsedDate(const struct stat& info) {
   return accessed > modified ? accessed : modified;
 }
 
-bool leftOutOfWalk(int /*folderFd*/, std::string_view /*name*/, const struct stat& info,
+bool leftOutOfWalk(int folderFd, std::string_view name, const struct stat& info,
                    std::uint64_t rootDevice) {
-  return static_cast<std::uint64_t>(info.st_dev) != rootDevice;
+  if (static_cast<std::uint64_t>(info.st_dev) != rootDevice) return true;
+  // A bind mount keeps the device number: it too is neither counted nor shown.
+  return S_ISDIR(info.st_mode) && isMountPoint(folderFd, std::string(name));
 }
 
 namespace {

@@ -47,7 +47,8 @@ struct WalkListing {
 };
 
 // The one place the walk decides to leave an entry out, neither counted, shown nor entered:
-// anything on another device than the walk's root (a disk mounted inside the tree).
+// anything on another device than the walk's root (a disk mounted inside the tree), and any
+// mount point (a bind mount of a folder on the same disk keeps the device number).
 // `folderFd` is the open folder holding `name`, for checks that need to ask about the entry.
 [[nodiscard]] bool leftOutOfWalk(int folderFd, std::string_view name, const struct stat& info,
                                  std::uint64_t rootDevice);

@@ -116,6 +116,7 @@ std::vector<ProcessSample> ProcessReader::read(double now) {
       sample.diskReadBytes = tracked.reportedRead;
       sample.diskWriteBytes = tracked.reportedWrite;
       sample.wakeups = tracked.reportedSwitches;
+      sample.parentPid = stat->parent;
     }
   }
   prune();

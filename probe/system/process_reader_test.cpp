@@ -34,6 +34,7 @@ TEST(ProcessReader, ReadsEveryProcessWithItsCountersAndIdentity) {
   ProcFolder folder;
   writeProcess(folder.root, {.pid = 100,
                              .comm = "worker",
+                             .parent = 77,
                              .userTicks = 150,
                              .systemTicks = 50,
                              .startTicks = 5000,
@@ -78,6 +79,7 @@ TEST(ProcessReader, ReadsEveryProcessWithItsCountersAndIdentity) {
   EXPECT_EQ(worker->arguments, (std::vector<std::string>{"worker", "--fast"}));
   EXPECT_EQ(worker->workingDirectory, "/home/user/src");
   EXPECT_EQ(worker->startTime, 1700000050.0);  // btime + 5000 ticks
+  EXPECT_EQ(worker->parentPid, 77);
   EXPECT_FALSE(worker->kernelThread);
 
   const ProcessSample* unnamed = find(samples, 200);
@@ -181,6 +183,11 @@ TEST(ProcessReader, ReadsIdentityOncePerProcessLife) {
   EXPECT_EQ(samples[0].arguments, (std::vector<std::string>{"worker", "a"}));
   EXPECT_EQ(samples[0].workingDirectory, "/first");
   EXPECT_EQ(samples[0].cpuTimeNanos, 30'000'000u);
+
+  // Its parent went away: the process now hangs under another one, which each reading says.
+  changed.parent = 2000;
+  writeProcess(folder.root, changed);
+  EXPECT_EQ(reader.read(3)[0].parentPid, 2000);
 
   // A rename without exec (same executable) keeps the identity.
   changed.comm = "renamed";
