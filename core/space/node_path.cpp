@@ -8,10 +8,23 @@
 namespace pellwin {
 
 struct NodePath::Link {
-  std::shared_ptr<const Link> folder{};  // null when `text` is the whole path
-  std::string text{};                    // the whole path, or the name added to the folder's
-  std::size_t size = 0;                  // of the whole path
-  bool slash = false;                    // a "/" between the folder's path and `text`
+  // Null when `text` is the whole path. Mutable only so that the destructor can unchain it.
+  mutable std::shared_ptr<const Link> folder{};
+  std::string text{};     // the whole path, or the name added to the folder's
+  std::size_t size = 0;   // of the whole path
+  bool slash = false;     // a "/" between the folder's path and `text`
+
+  Link(std::shared_ptr<const Link> folderPath, std::string added, std::size_t wholeSize,
+       bool joined)
+      : folder(std::move(folderPath)), text(std::move(added)), size(wholeSize), slash(joined) {}
+  Link(const Link&) = delete;
+  Link& operator=(const Link&) = delete;
+  // Releases the folders this link alone kept, one after the other: letting each destructor
+  // release the next would recurse as deep as the tree.
+  ~Link() {
+    std::shared_ptr<const Link> next = std::move(folder);
+    while (next && next.use_count() == 1) next = std::move(next->folder);
+  }
 };
 
 namespace {
@@ -33,17 +46,14 @@ bool backwards(const Link* link, Piece&& piece) {
 NodePath::NodePath(std::string text) {
   if (text.empty()) return;
   const std::size_t size = text.size();
-  link_ = std::make_shared<const Link>(
-      Link{.folder = nullptr, .text = std::move(text), .size = size, .slash = false});
+  link_ = std::make_shared<const Link>(nullptr, std::move(text), size, false);
 }
 
 NodePath NodePath::inFolder(const NodePath& folder, std::string_view name) {
   if (folder.empty()) return NodePath(joinedPath({}, name));
   const bool slash = !folder.endsWithSlash();
-  return NodePath(std::make_shared<const Link>(Link{.folder = folder.link_,
-                                                    .text = std::string(name),
-                                                    .size = folder.size() + slash + name.size(),
-                                                    .slash = slash}));
+  return NodePath(std::make_shared<const Link>(folder.link_, std::string(name),
+                                               folder.size() + slash + name.size(), slash));
 }
 
 std::size_t NodePath::size() const { return link_ ? link_->size : 0; }
