@@ -424,46 +424,31 @@ std::string withoutTrailingSlashes(std::string path) {
   return path;
 }
 
-// The catalog reads each node's path as text. The text is built up a name at a time on the way
-// down and cut back on the way up, rather than made anew for every node: a deep tree's paths
-// would cost its depth times their length.
+// Each node's category follows from its folder's trail and its own name, so a deep tree costs
+// each name once; a node whose path is not its folder's path and a name is looked up whole.
 void setCategories(SizeNode& tree, const std::string& home) {
-  struct Level {
+  struct Pending {
     SizeNode* node;
-    std::size_t next = 0;
-    std::string replaced{};  // the text before this node's path was written whole
-    bool rewrote = false;
-    std::size_t parentLength = 0;
+    const SizeNode* parent;
+    const FolderCatalog::CategoryTrail* parentTrail;
   };
-  std::string text;
-  std::vector<Level> stack;
-  auto enter = [&](SizeNode& node, const NodePath* parent) {
-    Level level{.node = &node, .parentLength = text.size()};
-    if (parent != nullptr && node.path.isInFolder(*parent)) {
-      if (text.empty() || text.back() != '/') text += '/';
-      text += node.path.lastAdded();
-    } else {
-      level.replaced = std::move(text);
-      level.rewrote = true;
-      text = node.path.str();
+  // One trail per folder with children, kept until the end: a deque never moves them.
+  std::deque<FolderCatalog::CategoryTrail> trails;
+  std::vector<Pending> pending{{&tree, nullptr, nullptr}};
+  while (!pending.empty()) {
+    const Pending at = pending.back();
+    pending.pop_back();
+    SizeNode& node = *at.node;
+    FolderCatalog::CategoryTrail trail =
+        at.parentTrail != nullptr && node.path.isInFolder(at.parent->path)
+            ? at.parentTrail->below(node.path.lastAdded())
+            : FolderCatalog::CategoryTrail(node.path.str(), home);
+    node.category = node.isLocked ? StorageCategory::system : trail.category();
+    if (node.children.empty()) continue;
+    trails.push_back(std::move(trail));
+    for (auto it = node.children.rbegin(); it != node.children.rend(); ++it) {
+      pending.push_back({&*it, &node, &trails.back()});
     }
-    node.category = node.isLocked ? StorageCategory::system : FolderCatalog::category(text, home);
-    stack.push_back(std::move(level));
-  };
-  enter(tree, nullptr);
-  while (!stack.empty()) {
-    Level& level = stack.back();
-    if (level.next < level.node->children.size()) {
-      SizeNode& child = level.node->children[level.next++];
-      enter(child, &level.node->path);
-      continue;
-    }
-    if (level.rewrote) {
-      text = std::move(level.replaced);
-    } else {
-      text.resize(level.parentLength);
-    }
-    stack.pop_back();
   }
 }
 
