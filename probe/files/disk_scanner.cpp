@@ -197,21 +197,28 @@ WalkListing Walk::listingOf(Frame& frame, std::size_t index, std::string_view na
 void Walk::requestAhead() {
   if (!prefetch_ || prefetch_->threads() == 0) return;
   const std::size_t limit = prefetch_->threads() * kRequestsPerThread;
+  std::vector<FolderPrefetch::Request> requests;
+  std::vector<std::pair<Frame*, std::size_t>> askedBy;  // the frame and index of each request
   for (std::size_t level = depth_; level-- > 0 && level + kRequestLevels >= depth_;) {
-    if (outstanding_ >= limit) return;
+    if (outstanding_ + requests.size() >= limit) break;
     Frame& frame = frames_[level];
     if (frame.lost || !frame.fd) continue;
     std::size_t i = std::max(frame.requested, frame.next);
-    for (; i < frame.listing.entries.size() && outstanding_ < limit; ++i) {
+    for (; i < frame.listing.entries.size() && outstanding_ + requests.size() < limit; ++i) {
       const WalkEntry& entry = frame.listing.entries[i];
       if (entry.kind != WalkEntry::Kind::folder) continue;
-      frame.tickets.emplace_back(
-          i, prefetch_->request(frame.fd, std::string(frame.listing.name(entry)),
-                                {.depth = level, .index = i}));
-      ++outstanding_;
+      requests.push_back({.parent = frame.fd,
+                          .name = std::string(frame.listing.name(entry)),
+                          .rank = {.depth = level, .index = i}});
+      askedBy.emplace_back(&frame, i);
     }
     frame.requested = i;
   }
+  auto tickets = prefetch_->request(std::move(requests));
+  for (std::size_t k = 0; k < tickets.size(); ++k) {
+    askedBy[k].first->tickets.emplace_back(askedBy[k].second, std::move(tickets[k]));
+  }
+  outstanding_ += tickets.size();
 }
 
 // Starts visiting a folder, whose progress was reported before it was read: a new frame whose node is complete once its listing is used up.

@@ -56,17 +56,25 @@ FolderPrefetch::~FolderPrefetch() {
   for (auto& worker : workers_) worker.join();
 }
 
-std::shared_ptr<FolderPrefetch::Ticket> FolderPrefetch::request(
-    std::shared_ptr<const FileDescriptor> parent, std::string name, Rank rank) {
-  auto ticket = std::make_shared<Ticket>(std::move(parent), std::move(name), rank);
-  if (workers_.empty()) return ticket;
+std::vector<std::shared_ptr<FolderPrefetch::Ticket>> FolderPrefetch::request(
+    std::vector<Request> requests) {
+  std::vector<std::shared_ptr<Ticket>> tickets;
+  tickets.reserve(requests.size());
+  for (Request& request : requests) {
+    tickets.push_back(
+        std::make_shared<Ticket>(std::move(request.parent), std::move(request.name), request.rank));
+  }
+  if (workers_.empty() || tickets.empty()) return tickets;
   {
     std::lock_guard lock(mutex_);
-    queue_.push_back(ticket);
-    std::push_heap(queue_.begin(), queue_.end(), RanksLater{});
+    for (const auto& ticket : tickets) {
+      queue_.push_back(ticket);
+      std::push_heap(queue_.begin(), queue_.end(), RanksLater{});
+    }
   }
-  queued_.notify_one();
-  return ticket;
+  // Waking a thread costs a system call and a switch: as many as there is work for, no more.
+  for (std::size_t i = 0; i < std::min(tickets.size(), workers_.size()); ++i) queued_.notify_one();
+  return tickets;
 }
 
 WalkListing FolderPrefetch::take(Ticket& ticket, std::vector<char>& buffer) {

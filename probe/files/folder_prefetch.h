@@ -39,9 +39,14 @@ class FolderPrefetch {
 
   [[nodiscard]] std::size_t threads() const { return workers_.size(); }
 
-  // Asks for `name` in the open folder `parent` to be listed; `parent` is kept open until then.
-  [[nodiscard]] std::shared_ptr<Ticket> request(std::shared_ptr<const FileDescriptor> parent,
-                                                std::string name, Rank rank);
+  struct Request {
+    std::shared_ptr<const FileDescriptor> parent{};  // kept open until the folder is read
+    std::string name{};                              // of the folder inside `parent`
+    Rank rank{};
+  };
+  // Asks for the folders to be listed, all in one go so that the threads are woken once for
+  // them; the tickets come back in the order of the requests.
+  [[nodiscard]] std::vector<std::shared_ptr<Ticket>> request(std::vector<Request> requests);
 
   // The requested listing: at once when read, after waiting when a thread is reading it, or
   // read here, on the caller's thread, when no thread has begun it. At most once per ticket.

@@ -47,11 +47,14 @@ TEST(FolderPrefetch, GivesEachFolderTheListingItWouldHaveReadItselfWhoeverReadIt
   for (std::size_t threads : {0, 1, 4}) {
     SCOPED_TRACE(std::to_string(threads) + " threads");
     FolderPrefetch prefetch(threads, device);
-    std::vector<std::shared_ptr<FolderPrefetch::Ticket>> tickets;
+    std::vector<FolderPrefetch::Request> requests;
     for (std::size_t i = 0; i < 40; ++i) {
-      tickets.push_back(prefetch.request(parent, "d" + std::to_string(i), {.depth = 1, .index = i}));
+      requests.push_back(
+          {.parent = parent, .name = "d" + std::to_string(i), .rank = {.depth = 1, .index = i}});
     }
-    tickets.push_back(prefetch.request(parent, "missing", {.depth = 1, .index = 40}));
+    requests.push_back({.parent = parent, .name = "missing", .rank = {.depth = 1, .index = 40}});
+    const auto tickets = prefetch.request(std::move(requests));
+    ASSERT_EQ(tickets.size(), 41u);
     // Taken in the walk's order, whether read already, being read, or not begun.
     for (std::size_t i = 0; i < 40; ++i) {
       const std::string name = "d" + std::to_string(i);
@@ -73,9 +76,12 @@ TEST(FolderPrefetch, EndsWithRequestsStillQueuedAndLetsTheirFoldersGo) {
     auto parent = openFolder(root);
     watched = parent;
     FolderPrefetch prefetch(2, static_cast<std::uint64_t>(info.st_dev));
+    std::vector<FolderPrefetch::Request> requests;
     for (std::size_t i = 0; i < 200; ++i) {
-      (void)prefetch.request(parent, "d" + std::to_string(i), {.depth = 0, .index = i});
+      requests.push_back({.parent = parent, .name = "d" + std::to_string(i), .rank = {.index = i}});
     }
+    // Dropped at once: only the prefetch's queue and its threads still hold them.
+    (void)prefetch.request(std::move(requests));
   }
   EXPECT_TRUE(watched.expired());
 }
