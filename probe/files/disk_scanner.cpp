@@ -197,6 +197,9 @@ WalkListing Walk::listingOf(Frame& frame, std::size_t index, std::string_view na
 void Walk::requestAhead() {
   if (!prefetch_ || prefetch_->threads() == 0) return;
   const std::size_t limit = prefetch_->threads() * kRequestsPerThread;
+  // Topping up only once half has been used keeps each thread busy with several folders per
+  // wake-up; waking one for each folder cost a fifth of a warm walk's time.
+  if (outstanding_ > limit / 2) return;
   std::vector<FolderPrefetch::Request> requests;
   std::vector<std::pair<Frame*, std::size_t>> askedBy;  // the frame and index of each request
   for (std::size_t level = depth_; level-- > 0 && level + kRequestLevels >= depth_;) {

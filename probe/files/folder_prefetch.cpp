@@ -1,6 +1,7 @@
 #include "probe/files/folder_prefetch.h"
 
 #include <algorithm>
+#include <atomic>
 #include <utility>
 
 namespace pellwin {
@@ -23,22 +24,18 @@ class FolderPrefetch::Ticket {
   std::shared_ptr<const FileDescriptor> parent_;
   std::string name_;
   Rank rank_;
-  State state_ = State::queued;
+  // Moves from `queued` to `reading` (a thread) or `taken` (the walk, reading it itself), and
+  // from `reading` to `listed` once `listing_` is written, which the walk then takes.
+  std::atomic<State> state_ = State::queued;
   WalkListing listing_{};
 };
 
-namespace {
-
-// The heap's order: the first-ranked ticket is the "largest".
-struct RanksLater {
-  bool operator()(const std::shared_ptr<FolderPrefetch::Ticket>& a,
-                  const std::shared_ptr<FolderPrefetch::Ticket>& b) const {
-    if (a->rank_.depth != b->rank_.depth) return a->rank_.depth < b->rank_.depth;
-    return a->rank_.index > b->rank_.index;
-  }
-};
-
-}  // namespace
+bool FolderPrefetch::RanksFirst::operator()(const std::shared_ptr<Ticket>& a,
+                                            const std::shared_ptr<Ticket>& b) const {
+  if (a->rank_.depth != b->rank_.depth) return a->rank_.depth > b->rank_.depth;
+  if (a->rank_.index != b->rank_.index) return a->rank_.index < b->rank_.index;
+  return a.get() < b.get();
+}
 
 FolderPrefetch::FolderPrefetch(std::size_t threads, std::uint64_t rootDevice)
     : rootDevice_(rootDevice) {
@@ -65,57 +62,70 @@ std::vector<std::shared_ptr<FolderPrefetch::Ticket>> FolderPrefetch::request(
         std::make_shared<Ticket>(std::move(request.parent), std::move(request.name), request.rank));
   }
   if (workers_.empty() || tickets.empty()) return tickets;
+  std::size_t wake = 0;
   {
     std::lock_guard lock(mutex_);
-    for (const auto& ticket : tickets) {
-      queue_.push_back(ticket);
-      std::push_heap(queue_.begin(), queue_.end(), RanksLater{});
-    }
+    queue_.insert(tickets.begin(), tickets.end());
+    wake = std::min(tickets.size(), idle_);
   }
-  // Waking a thread costs a system call and a switch: as many as there is work for, no more.
-  for (std::size_t i = 0; i < std::min(tickets.size(), workers_.size()); ++i) queued_.notify_one();
+  // Waking a thread costs a system call and two switches: only sleeping ones, and only as many
+  // as there is work for. Those awake take the rest as they come round.
+  for (std::size_t i = 0; i < wake; ++i) queued_.notify_one();
   return tickets;
 }
 
+// Takes no lock: the ticket's state alone says who reads it, so the walk and the threads never
+// queue behind each other for a folder that is ready or still to be begun.
 WalkListing FolderPrefetch::take(Ticket& ticket, std::vector<char>& buffer) {
-  std::unique_lock lock(mutex_);
-  if (ticket.state_ == Ticket::State::queued) {
+  auto state = Ticket::State::queued;
+  if (ticket.state_.compare_exchange_strong(state, Ticket::State::taken)) {
     // Nobody has begun it: reading it here is quicker than waiting for a thread to be free.
-    // It stays in the heap and is passed over there.
-    ticket.state_ = Ticket::State::taken;
-    lock.unlock();
+    // It stays queued and the threads pass over it.
     return ticket.read(rootDevice_, buffer);
   }
-  listed_.wait(lock, [&] { return ticket.state_ == Ticket::State::listed; });
+  while (state == Ticket::State::reading) {
+    ticket.state_.wait(state);
+    state = ticket.state_.load();
+  }
   ticket.state_ = Ticket::State::taken;
   return std::move(ticket.listing_);
 }
 
+// The second-ranked folder when there are several: the first is the one the walk needs next,
+// and it reads that one itself rather than wait for a thread that has only just begun it.
 std::shared_ptr<FolderPrefetch::Ticket> FolderPrefetch::nextQueued() {
-  while (!queue_.empty()) {
-    std::pop_heap(queue_.begin(), queue_.end(), RanksLater{});
-    std::shared_ptr<Ticket> ticket = std::move(queue_.back());
-    queue_.pop_back();
-    if (ticket->state_ == Ticket::State::queued) return ticket;
+  while (true) {
+    // Those the walk took itself go first.
+    while (!queue_.empty() && (*queue_.begin())->state_ != Ticket::State::queued) {
+      queue_.erase(queue_.begin());
+    }
+    if (queue_.empty()) return nullptr;
+    auto at = queue_.size() > 1 ? std::next(queue_.begin()) : queue_.begin();
+    std::shared_ptr<Ticket> ticket = *at;
+    queue_.erase(at);
+    auto state = Ticket::State::queued;
+    if (ticket->state_.compare_exchange_strong(state, Ticket::State::reading)) return ticket;
   }
-  return nullptr;
 }
 
 void FolderPrefetch::work() {
   std::vector<char> buffer;
   std::unique_lock lock(mutex_);
   while (true) {
-    queued_.wait(lock, [&] { return ending_ || !queue_.empty(); });
+    if (!ending_ && queue_.empty()) {
+      ++idle_;
+      queued_.wait(lock, [&] { return ending_ || !queue_.empty(); });
+      --idle_;
+    }
     if (ending_) return;
     std::shared_ptr<Ticket> ticket = nextQueued();
     if (!ticket) continue;
-    ticket->state_ = Ticket::State::reading;
     lock.unlock();
-    WalkListing listing = ticket->read(rootDevice_, buffer);
-    lock.lock();
-    ticket->listing_ = std::move(listing);
+    ticket->listing_ = ticket->read(rootDevice_, buffer);
     ticket->state_ = Ticket::State::listed;
-    listed_.notify_all();
+    ticket->state_.notify_one();
+    ticket.reset();
+    lock.lock();
   }
 }
 

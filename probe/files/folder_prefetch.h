@@ -12,6 +12,7 @@
 #include <cstdint>
 #include <memory>
 #include <mutex>
+#include <set>
 #include <string>
 #include <thread>
 #include <vector>
@@ -22,8 +23,8 @@ namespace pellwin {
 
 class FolderPrefetch {
  public:
-  // Which request a free thread takes first: the deepest folder, then the earliest in its
-  // parent's listing, which is the order a depth-first walk needs them in.
+  // The order in which a depth-first walk needs folders: the deepest first, then the earliest in
+  // its parent's listing. Free threads take the second in this order when there are several.
   struct Rank {
     std::size_t depth = 0;
     std::size_t index = 0;
@@ -54,14 +55,17 @@ class FolderPrefetch {
 
  private:
   void work();
-  [[nodiscard]] std::shared_ptr<Ticket> nextQueued();  // with mutex_ held
+  [[nodiscard]] std::shared_ptr<Ticket> nextQueued();  // with mutex_ held; null when none
 
   std::uint64_t rootDevice_;
-  std::mutex mutex_;
+  std::mutex mutex_;  // around the queue and `ending_`; a ticket's own state needs none
   std::condition_variable queued_;  // a request arrived, or the prefetch is ending
-  std::condition_variable listed_;  // a thread finished a listing
-  std::vector<std::shared_ptr<Ticket>> queue_;  // a heap, first-ranked on top
+  struct RanksFirst {
+    bool operator()(const std::shared_ptr<Ticket>& a, const std::shared_ptr<Ticket>& b) const;
+  };
+  std::set<std::shared_ptr<Ticket>, RanksFirst> queue_;  // not begun, first-ranked first
   bool ending_ = false;
+  std::size_t idle_ = 0;  // threads waiting for a request
   std::vector<std::jthread> workers_;
 };
 
