@@ -64,7 +64,7 @@ struct Frame {
   std::size_t requested = 0;
   // Listings asked for ahead, by index into `listing`, in listing order; the first `taken`
   // are used. A vector rather than a deque: a deque allocates even when empty, once a level.
-  std::vector<std::pair<std::size_t, std::shared_ptr<FolderPrefetch::Ticket>>> tickets;
+  FolderPrefetch::Tickets tickets;
   std::size_t taken = 0;
   bool lost = false;  // could not be opened again after a deep descent
   SizeNode node;
@@ -94,10 +94,11 @@ class Walk {
 
  private:
   void enter(NodePath real, NodePath display, std::uint64_t inode, std::uint64_t ownBytes,
-             double lastUsed, WalkListing listing);
+             double lastUsed, FolderPrefetch::Taken taken);
   [[nodiscard]] NodePath displayOf(const NodePath& real, const Frame& parent,
                                    std::string_view name) const;
-  [[nodiscard]] WalkListing listingOf(Frame& frame, std::size_t index, std::string_view name);
+  [[nodiscard]] FolderPrefetch::Taken listingOf(Frame& frame, std::size_t index,
+                                                std::string_view name);
   void requestAhead();
   void attachLocked(const NodePath& display, double lastUsed);
   void handle(Frame& frame, std::size_t index);
@@ -132,7 +133,6 @@ class Walk {
   // Made once the root is known; destroyed first, so its threads end before anything they
   // might still be reading for goes away.
   std::optional<FolderPrefetch> prefetch_;
-  std::size_t outstanding_ = 0;  // tickets asked for and not yet taken
 };
 
 // A node's name: the name its path added to its folder's, else the last component of the text.
@@ -182,14 +182,14 @@ NodePath Walk::displayOf(const NodePath& real, const Frame& parent, std::string_
 
 // The listing of the folder at `index` in the frame: read ahead when it was asked for, else
 // read now.
-WalkListing Walk::listingOf(Frame& frame, std::size_t index, std::string_view name) {
+FolderPrefetch::Taken Walk::listingOf(Frame& frame, std::size_t index, std::string_view name) {
   if (frame.taken < frame.tickets.size() && frame.tickets[frame.taken].first == index) {
     auto ticket = std::move(frame.tickets[frame.taken++].second);
-    --outstanding_;
     return prefetch_->take(*ticket, buffer_);
   }
   frame.requested = std::max(frame.requested, index + 1);
-  return listForWalk(frame.fd->get(), std::string(name), rootDevice_, buffer_);
+  return {.listing = listForWalk(frame.fd->get(), std::string(name), rootDevice_, buffer_),
+          .ahead = {}};
 }
 
 // Asks the reading threads for the folders the walk will enter next: those of the deepest
@@ -199,15 +199,16 @@ void Walk::requestAhead() {
   const std::size_t limit = prefetch_->threads() * kRequestsPerThread;
   // Topping up only once half has been used keeps each thread busy with several folders per
   // wake-up; waking one for each folder cost a fifth of a warm walk's time.
-  if (outstanding_ > limit / 2) return;
+  if (prefetch_->outstanding() > limit / 2) return;
   std::vector<FolderPrefetch::Request> requests;
   std::vector<std::pair<Frame*, std::size_t>> askedBy;  // the frame and index of each request
   for (std::size_t level = depth_; level-- > 0 && level + kRequestLevels >= depth_;) {
-    if (outstanding_ + requests.size() >= limit) break;
+    if (prefetch_->outstanding() + requests.size() >= limit) break;
     Frame& frame = frames_[level];
     if (frame.lost || !frame.fd) continue;
     std::size_t i = std::max(frame.requested, frame.next);
-    for (; i < frame.listing.entries.size() && outstanding_ + requests.size() < limit; ++i) {
+    for (; i < frame.listing.entries.size() && prefetch_->outstanding() + requests.size() < limit;
+         ++i) {
       const WalkEntry& entry = frame.listing.entries[i];
       if (entry.kind != WalkEntry::Kind::folder) continue;
       requests.push_back({.parent = frame.fd,
@@ -221,14 +222,14 @@ void Walk::requestAhead() {
   for (std::size_t k = 0; k < tickets.size(); ++k) {
     askedBy[k].first->tickets.emplace_back(askedBy[k].second, std::move(tickets[k]));
   }
-  outstanding_ += tickets.size();
 }
 
 // Starts visiting a folder, whose progress was reported before it was read: a new frame whose node is complete once its listing is used up.
 // A folder that could not be opened, or listed in full, becomes a locked node of its parent at
 // once; nothing of its listing has been counted, so it leaves no other trace.
 void Walk::enter(NodePath real, NodePath display, std::uint64_t inode, std::uint64_t ownBytes,
-                 double lastUsed, WalkListing listing) {
+                 double lastUsed, FolderPrefetch::Taken taken) {
+  WalkListing& listing = taken.listing;
   if (!listing.complete) {
     attachLocked(display, lastUsed);
     return;
@@ -240,8 +241,9 @@ void Walk::enter(NodePath real, NodePath display, std::uint64_t inode, std::uint
   frame.real = std::move(real);
   frame.display = std::move(display);
   frame.next = 0;
-  frame.requested = 0;
-  frame.tickets.clear();
+  // A thread that read the folder may already have asked for every folder in it.
+  frame.requested = taken.ahead.empty() ? 0 : listing.entries.size();
+  frame.tickets = std::move(taken.ahead);
   frame.taken = 0;
   frame.lost = false;
   // The name and display path are set when the folder is finished, from the frame.
@@ -351,16 +353,15 @@ void Walk::handle(Frame& frame, std::size_t index) {
     // A listing read ahead through the old descriptor is not used: what is left of a moved
     // folder is shown as private, however far the reading got.
     if (frame.taken < frame.tickets.size() && frame.tickets[frame.taken].first == index) {
-      const WalkListing unused = prefetch_->take(*frame.tickets[frame.taken++].second, buffer_);
-      --outstanding_;
+      const auto unused = prefetch_->take(*frame.tickets[frame.taken++].second, buffer_);
     }
     attach(frame, lockedNode(display, entry.lastUsed));
     return;
   }
   emit(display);
-  WalkListing listing = listingOf(frame, index, name);
+  FolderPrefetch::Taken taken = listingOf(frame, index, name);
   enter(std::move(real), std::move(display), entry.inode, entry.bytes, entry.lastUsed,
-        std::move(listing));
+        std::move(taken));
 }
 
 void Walk::finish() {
@@ -397,7 +398,7 @@ std::expected<WalkResult, ScanError> Walk::run(const std::string& root) {
   if (stop_.stop_requested()) {
     return std::unexpected(ScanError{.kind = ScanErrorKind::cancelled, .failure = {}});
   }
-  prefetch_.emplace(readerThreads_, rootDevice_);
+  prefetch_.emplace(readerThreads_, rootDevice_, readerThreads_ * kRequestsPerThread);
   bytes_ = allocatedBytes(info);
   if (stripPrefix_ && !pathIsWithin(root, *stripPrefix_) && pathIsWithin(*stripPrefix_, root)) {
     displayJoins_ = false;
@@ -406,7 +407,7 @@ std::expected<WalkResult, ScanError> Walk::run(const std::string& root) {
   emit(display);
   enter(NodePath(root), std::move(display), static_cast<std::uint64_t>(info.st_ino), allocatedBytes(info),
         static_cast<double>(info.st_mtim.tv_sec),
-        listForWalk(AT_FDCWD, root, rootDevice_, buffer_));
+        {.listing = listForWalk(AT_FDCWD, root, rootDevice_, buffer_), .ahead = {}});
   while (depth_ > 0) {
     Frame& frame = frames_[depth_ - 1];
     if (frame.next == frame.listing.entries.size()) {

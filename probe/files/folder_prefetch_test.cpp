@@ -46,7 +46,7 @@ TEST(FolderPrefetch, GivesEachFolderTheListingItWouldHaveReadItselfWhoeverReadIt
 
   for (std::size_t threads : {0, 1, 4}) {
     SCOPED_TRACE(std::to_string(threads) + " threads");
-    FolderPrefetch prefetch(threads, device);
+    FolderPrefetch prefetch(threads, device, 1000);
     std::vector<FolderPrefetch::Request> requests;
     for (std::size_t i = 0; i < 40; ++i) {
       requests.push_back(
@@ -58,10 +58,10 @@ TEST(FolderPrefetch, GivesEachFolderTheListingItWouldHaveReadItselfWhoeverReadIt
     // Taken in the walk's order, whether read already, being read, or not begun.
     for (std::size_t i = 0; i < 40; ++i) {
       const std::string name = "d" + std::to_string(i);
-      EXPECT_EQ(summary(prefetch.take(*tickets[i], buffer)),
+      EXPECT_EQ(summary(prefetch.take(*tickets[i], buffer).listing),
                 summary(listForWalk(parent->get(), name, device, buffer)));
     }
-    EXPECT_EQ(summary(prefetch.take(*tickets[40], buffer)), "incomplete");
+    EXPECT_EQ(summary(prefetch.take(*tickets[40], buffer).listing), "incomplete");
   }
 }
 
@@ -75,7 +75,7 @@ TEST(FolderPrefetch, EndsWithRequestsStillQueuedAndLetsTheirFoldersGo) {
   {
     auto parent = openFolder(root);
     watched = parent;
-    FolderPrefetch prefetch(2, static_cast<std::uint64_t>(info.st_dev));
+    FolderPrefetch prefetch(2, static_cast<std::uint64_t>(info.st_dev), 1000);
     std::vector<FolderPrefetch::Request> requests;
     for (std::size_t i = 0; i < 200; ++i) {
       requests.push_back({.parent = parent, .name = "d" + std::to_string(i), .rank = {.index = i}});
