@@ -3,7 +3,9 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <filesystem>
+#include <thread>
 #include <string>
 #include <vector>
 
@@ -62,6 +64,41 @@ TEST(FolderPrefetch, GivesEachFolderTheListingItWouldHaveReadItselfWhoeverReadIt
                 summary(listForWalk(parent->get(), name, device, buffer)));
     }
     EXPECT_EQ(summary(prefetch.take(*tickets[40], buffer).listing), "incomplete");
+  }
+}
+
+TEST(FolderPrefetch, AsksAheadForEveryFolderInsideWhatAThreadReadWithinTheLimit) {
+  testing::ScratchFolder scratch;
+  const std::string root = scratch.path().string();
+  for (int i = 0; i < 5; ++i) fs::create_directories(root + "/top/d" + std::to_string(i) + "/x");
+  testing::allocateFile(root + "/top/file", 4096);
+  struct stat info {};
+  ASSERT_EQ(::stat(root.c_str(), &info), 0);
+  const auto device = static_cast<std::uint64_t>(info.st_dev);
+  const auto parent = openFolder(root);
+  std::vector<char> buffer;
+  const struct {
+    const char* why;
+    std::size_t limit;
+    std::size_t ahead;
+  } cases[] = {{"room for all five", 6, 5}, {"no room for all five: none", 5, 0}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.why);
+    FolderPrefetch prefetch(1, device, c.limit);
+    auto tickets = prefetch.request({{.parent = parent, .name = "top", .rank = {}}});
+    // Wait for the thread to have read it rather than read it here.
+    while (prefetch.outstanding() == 1 && c.ahead > 0) std::this_thread::yield();
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    FolderPrefetch::Taken taken = prefetch.take(*tickets[0], buffer);
+    ASSERT_EQ(taken.ahead.size(), c.ahead);
+    for (const auto& [index, ticket] : taken.ahead) {
+      const WalkEntry& entry = taken.listing.entries[index];
+      EXPECT_EQ(entry.kind, WalkEntry::Kind::folder);
+      const std::string name(taken.listing.name(entry));
+      EXPECT_EQ(summary(prefetch.take(*ticket, buffer).listing),
+                summary(listForWalk(taken.listing.folder->get(), name, device, buffer)));
+    }
+    EXPECT_EQ(prefetch.outstanding(), 0u);
   }
 }
 
