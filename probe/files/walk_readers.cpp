@@ -43,7 +43,7 @@ DiskKind diskKind(const std::filesystem::path& sysRoot, std::uint64_t device) {
 
 std::size_t walkReaderThreads(DiskKind kind, unsigned processors) {
   if (kind == DiskKind::rotating) return 0;
-  return std::clamp<std::size_t>(std::size_t{4} * processors, 8, 16);
+  return std::clamp<std::size_t>(std::size_t{8} * processors, 8, 16);
 }
 
 }  // namespace pellwin

@@ -80,8 +80,8 @@ TEST(WalkReaderThreads, NoneOnARotatingDiskAndAFewPerProcessorOtherwise) {
   } cases[] = {
       {"rotating", DiskKind::rotating, 8, 0},
       {"one processor still waits on several reads", DiskKind::solid, 1, 8},
-      {"two processors", DiskKind::unknown, 2, 8},
-      {"four processors", DiskKind::solid, 4, 16},
+      {"two processors", DiskKind::unknown, 2, 16},
+      {"four processors, capped", DiskKind::solid, 4, 16},
       {"capped", DiskKind::solid, 64, 16},
       {"processors unknown (0)", DiskKind::solid, 0, 8},
   };
