@@ -27,8 +27,8 @@ enum class DiskKind { solid, rotating, unknown };
 // virtual disks (virtio, Xen) carry by default without the host having said anything.
 [[nodiscard]] DiskKind diskKind(const std::filesystem::path& sysRoot, std::uint64_t device);
 
-// Threads that read folders besides the walk itself: none on a rotating disk, else a few per
-// processor, since a reading thread mostly waits for the disk.
+// Threads that read folders besides the walk itself: none on a rotating disk, else eight per
+// processor and at most sixteen, since a reading thread mostly waits for the disk.
 [[nodiscard]] std::size_t walkReaderThreads(DiskKind kind, unsigned processors);
 
 }  // namespace pellwin
