@@ -5,6 +5,7 @@
 #include <thread>
 
 #include "app/commands/check_command.h"
+#include "app/commands/report_command.h"
 #include "app/commands/seed_history.h"
 #include "app/commands/storage_check_command.h"
 #include "app/models/history_recorder.h"
@@ -40,13 +41,25 @@ int notBuiltYet(std::ostream& err, std::string_view what) {
   return 1;
 }
 
-int check(const Environment& environment, std::ostream& out) {
+int check(const Command& command, const Environment& environment, std::ostream& out) {
   SystemReader reader(systemReaderRoots(environment));
-  CheckCommand::run(
-      [&] { return reader.read(); },
-      [](double seconds) { std::this_thread::sleep_for(std::chrono::duration<double>(seconds)); },
-      out);
+  const auto read = [&] { return reader.read(); };
+  const auto sleep = [](double seconds) {
+    std::this_thread::sleep_for(std::chrono::duration<double>(seconds));
+  };
+  if (command.json) {
+    CheckCommand::runJSON(read, sleep, out);
+  } else {
+    CheckCommand::run(read, sleep, out);
+  }
   return 0;
+}
+
+int report(const Command& command, const Environment& environment, std::ostream& out,
+           std::ostream& err) {
+  const double now = systemNow();
+  return ReportCommand::run(historyFile(command, environment), now, systemCalendar(now),
+                            command.json, out, err);
 }
 
 int seedHistory(const Command& command, const Environment& environment, std::ostream& out,
@@ -61,14 +74,17 @@ int seedHistory(const Command& command, const Environment& environment, std::ost
 int runCommand(const Command& command, const Environment& environment, std::ostream& out,
                std::ostream& err) {
   switch (command.kind) {
-    case CommandKind::check: return check(environment, out);
+    case CommandKind::check: return check(command, environment, out);
     case CommandKind::checkStorage:
-      return runStorageCheck(command.arguments, environment, out, err);
+      return runStorageCheck(command.arguments, environment, out, err,
+                             historyFile(command, environment));
     case CommandKind::seedHistory: return seedHistory(command, environment, out, err);
     case CommandKind::seedHistoryNoPath: err << "--seed-history needs a path\n"; return 2;
+    case CommandKind::report: return report(command, environment, out, err);
     case CommandKind::help: out << usageText(); return 0;
     case CommandKind::version: out << "tovrin " << PELLWIN_VERSION << "\n"; return 0;
     case CommandKind::windowed: return notBuiltYet(err, "The tray app");
+    case CommandKind::badArguments: err << command.problem << "\n"; return 2;
   }
   return 1;
 }

@@ -21,7 +21,14 @@ struct Environment {
   bool errIsTerminal = false;  // standard error is a terminal: progress may be shown there
 };
 
+// This process's environment: $HOME (else the password database's home folder), the XDG
+// variables, $PATH, the messages locale, and whether standard error is a terminal.
+[[nodiscard]] Environment environmentOfProcess();
+
 // The data folder's parent for this environment (the XDG data home).
 [[nodiscard]] std::string applicationSupport(const Environment& environment);
+
+// The XDG config home: $XDG_CONFIG_HOME when it is an absolute path, else ~/.config.
+[[nodiscard]] std::string configHome(const Environment& environment);
 
 }  // namespace pellwin

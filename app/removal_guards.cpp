@@ -7,10 +7,7 @@
 namespace pellwin {
 
 RemovalGuards removalGuards(const Environment& environment) {
-  const auto& variable = environment.xdgConfigHome;
-  const std::string configHome =
-      variable && variable->starts_with('/') ? *variable : environment.home + "/.config";
-  const auto text = readTextFile(configHome + "/user-dirs.dirs");
+  const auto text = readTextFile(configHome(environment) + "/user-dirs.dirs");
   return RemovalGuards{
       .kept = DataFolder::protectedPaths(environment.home, applicationSupport(environment)),
       .mainFolders =

@@ -1,5 +1,8 @@
 #include "store/history_store.h"
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <limits>
 #include <system_error>
 
@@ -176,10 +179,28 @@ std::expected<HistoryStore, HistoryOpenError> HistoryStore::open(const std::file
           "Couldn't create the folder " + url.parent_path().string() + ": " + error.message()});
     }
   }
-  auto db = SQLiteDatabase::open(url.string());
-  if (!db) return std::unexpected(db.error());
-  if (auto prepared = Schema::prepare(*db); !prepared) return std::unexpected(prepared.error());
-  return HistoryStore(url, std::move(*db));
+  const std::string file = url.string();
+  const auto existed = [](const std::string& path) {
+    struct stat info {};
+    return ::lstat(path.c_str(), &info) == 0;
+  };
+  const bool hadFile = existed(file);
+  const bool hadLog = existed(file + "-wal");
+  const bool hadSharedMemory = existed(file + "-shm");
+  auto opened = [&]() -> std::expected<HistoryStore, HistoryOpenError> {
+    auto db = SQLiteDatabase::open(file);
+    if (!db) return std::unexpected(db.error());
+    if (auto prepared = Schema::prepare(*db); !prepared) return std::unexpected(prepared.error());
+    return HistoryStore(url, std::move(*db));
+  }();
+  if (!opened) {
+    // The connection is closed by now. What this failed open made, and only that, goes: a
+    // file of a newer version read in write-ahead mode leaves an empty log and its index.
+    if (!hadLog) ::unlink((file + "-wal").c_str());
+    if (!hadSharedMemory) ::unlink((file + "-shm").c_str());
+    if (!hadFile) ::unlink(file.c_str());
+  }
+  return opened;
 }
 
 SQLiteResult<void> HistoryStore::write(const RollupOutput& output) const {

@@ -1,6 +1,7 @@
 // The range reads of the history store and how stored rows map back to records.
 #include <algorithm>
 
+#include "core/base/format.h"
 #include "store/cause_json.h"
 #include "store/history_store.h"
 
@@ -41,6 +42,23 @@ std::optional<MinuteRow> readMinute(const SQLiteStatement& row) {
   }
   for (Resource resource : allResources) readHealth(row, column++, resource, minute.worst);
   return minute;
+}
+
+// The same columns as readMinute, as the chart point of a minute (see HistoryPoint::from).
+std::optional<HistoryPoint> readMinutePoint(const SQLiteStatement& row) {
+  HistoryPoint point{.time = row.real(0), .span = 60, .covered = row.real(1)};
+  int column = 2;
+  for (HistoryMetric metric : allHistoryMetrics) {
+    if (!row.isNull(column)) {
+      point.values.emplace_hint(point.values.end(), metric,
+                                PointValue{.value = row.real(column),
+                                           .low = row.real(column + 1),
+                                           .high = row.real(column + 2)});
+    }
+    column += 3;
+  }
+  for (Resource resource : allResources) readHealth(row, column++, resource, point.worst);
+  return point;
 }
 
 std::optional<MinuteAppRow> readMinuteApp(const SQLiteStatement& row) {
@@ -88,6 +106,15 @@ std::optional<AlertRow> readAlert(const SQLiteStatement& row) {
                   .cause = row.optionalText(5),
                   .cleared = row.optionalReal(6),
                   .read = row.integer(7) != 0};
+}
+
+std::optional<CleanRow> readClean(const SQLiteStatement& row) {
+  return CleanRow{.id = row.integer(0),
+                  .time = row.real(1),
+                  .rules = row.text(2),
+                  .bytesDeleted = row.integer(3),
+                  .bytesTrashed = row.integer(4),
+                  .items = row.integer(5)};
 }
 
 SQLiteResult<std::int64_t> count(const SQLiteDatabase& db, const std::string& sql) {
@@ -157,6 +184,13 @@ SQLiteResult<std::int64_t> HistoryStore::unreadAlertCount() const {
   return count(db_, "SELECT COUNT(*) FROM alerts WHERE read = 0");
 }
 
+SQLiteResult<std::vector<CleanRow>> HistoryStore::cleans(double from, double to) const {
+  return db_.query<CleanRow>(
+      "SELECT id, time, rules, bytes_deleted, bytes_trashed, items FROM cleans\nWHERE time >= ? "
+      "AND time <= ? ORDER BY time DESC, id DESC",
+      range(from, to), readClean);
+}
+
 SQLiteResult<void> HistoryStore::markAllAlertsRead() const {
   return db_.exec("UPDATE alerts SET read = 1 WHERE read = 0");
 }
@@ -168,9 +202,48 @@ SQLiteResult<std::vector<HistoryPoint>> HistoryStore::points(HistoryRange range,
     if (!rows) return std::unexpected(rows.error());
     return pointsOf(*rows);
   }
-  auto rows = minutes(start - 60, end);
-  if (!rows) return std::unexpected(rows.error());
-  return pointsOf(*rows);
+  // Straight into points: a month is 43,200 rows, and a MinuteRow between would double the
+  // allocations that dominate this read.
+  return db_.query<HistoryPoint>(
+      "SELECT " + Schema::joined(Schema::minuteColumns(), ", ") +
+          " FROM minutes WHERE minute >= ? AND minute <= ? ORDER BY minute",
+      std::vector<SQLiteValue>{start - 60, end}, readMinutePoint);
+}
+
+SQLiteResult<std::vector<HistoryPoint>> HistoryStore::chartPoints(HistoryRange range,
+                                                                  double end) const {
+  if (!usesMinutes(range)) return points(range, end);
+  const double size = bucket(range);
+  // As chartSeries weighs points: by covered seconds, a minute that covered none barely.
+  const std::string weight = "MAX(covered, 1e-9)";
+  std::string sql =
+      "SELECT CAST(minute / " + Format::fixed(size, 0) + " AS INTEGER) AS slot, SUM(covered)";
+  for (const std::string& metric : Schema::metricColumns()) {
+    sql += ", SUM(" + metric + "_avg * " + weight + ") / SUM(CASE WHEN " + metric +
+           "_avg IS NOT NULL THEN " + weight + " END), MIN(" + metric + "_low), MAX(" + metric +
+           "_high)";
+  }
+  for (const std::string& worst : Schema::minuteWorstColumns()) sql += ", MAX(" + worst + ")";
+  sql += " FROM minutes WHERE minute >= ? AND minute < ? GROUP BY slot ORDER BY slot";
+  return db_.query<HistoryPoint>(
+      sql, std::vector<SQLiteValue>{end - span(range) - 60, end},
+      [size](const SQLiteStatement& row) -> std::optional<HistoryPoint> {
+        HistoryPoint point{.time = static_cast<double>(row.integer(0)) * size,
+                           .span = size,
+                           .covered = row.real(1)};
+        int column = 2;
+        for (HistoryMetric metric : allHistoryMetrics) {
+          if (!row.isNull(column)) {
+            point.values.emplace_hint(point.values.end(), metric,
+                                      PointValue{.value = row.real(column),
+                                                 .low = row.real(column + 1),
+                                                 .high = row.real(column + 2)});
+          }
+          column += 3;
+        }
+        for (Resource resource : allResources) readHealth(row, column++, resource, point.worst);
+        return point;
+      });
 }
 
 SQLiteResult<std::optional<double>> HistoryStore::lastSampleTime() const {

@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+
+#include "core/history/chart_series.h"
 #include "store/cause_json.h"
 #include "store/retention.h"
 #include "testing/scratch_folder.h"
@@ -240,6 +243,67 @@ TEST_F(HistoryStoreTest, ClearAllKeepsTheCleanupLog) {
       "SELECT rules || ' ' || bytes_deleted || ' ' || bytes_trashed || ' ' || items FROM cleans",
       {}, [](const SQLiteStatement& r) { return r.text(0); });
   EXPECT_EQ(logged, std::vector<std::string>{"Browser caches 9223372036854775807 7 2"});
+}
+
+TEST_F(HistoryStoreTest, CleansAreReadBackWithinTheirRangeNewestFirst) {
+  ASSERT_TRUE(store().logClean(10, "too early", 1, 0, 1).has_value());
+  ASSERT_TRUE(store().logClean(20, "Browser caches", 18446744073709551615ull, 7, 2).has_value());
+  ASSERT_TRUE(store().logClean(30, "Old logs", 0, 4096, 3).has_value());
+  ASSERT_TRUE(store().logClean(30, "Build files", 5, 6, 1).has_value());
+  auto rows = store().cleans(20, 30);
+  ASSERT_TRUE(rows.has_value());
+  std::vector<std::string> rules;
+  for (const CleanRow& row : *rows) rules.push_back(row.rules);
+  EXPECT_EQ(rules, (std::vector<std::string>{"Build files", "Old logs", "Browser caches"}))
+      << "equal times by descending id; both ends of the range included";
+  EXPECT_EQ(rows->back(), (CleanRow{.id = 2,
+                                    .time = 20,
+                                    .rules = "Browser caches",
+                                    .bytesDeleted = 9223372036854775807,
+                                    .bytesTrashed = 7,
+                                    .items = 2}));
+}
+
+TEST_F(HistoryStoreTest, ChartPointsGiveTheSameSeriesAsEveryPoint) {
+  const double end = 1'717'416'000 + 600;  // not on a bucket
+  RollupOutput output;
+  for (double minute = end - 8 * 86400; minute <= end; minute += 60) {
+    MinuteRow row = minuteAt(minute);
+    const auto i = static_cast<long long>(minute / 60);
+    row.covered = i % 7 == 0 ? 0 : static_cast<double>(10 + i % 50);  // some cover nothing
+    row.stats[HistoryMetric::cpuBusy] = Stat{.average = static_cast<double>(i % 13) / 13,
+                                             .low = static_cast<double>(i % 5) / 13,
+                                             .high = static_cast<double>(i % 17) / 13};
+    if (i % 3 == 0) row.stats.erase(HistoryMetric::thermal);  // unmeasured now and then
+    row.worst[Resource::cpu] = static_cast<Health>(i % 3);
+    output.minutes.push_back(row);
+  }
+  write(output);
+  for (HistoryRange range : allHistoryRanges) {
+    SCOPED_TRACE(rawValue(range));
+    const auto all = chartSeries(store().points(range, end).value(), range, end);
+    const auto folded = store().chartPoints(range, end).value();
+    if (usesMinutes(range)) {
+      EXPECT_LE(folded.size(), static_cast<std::size_t>(span(range) / bucket(range)) + 2);
+    }
+    const auto cheap = chartSeries(folded, range, end);
+    for (HistoryMetric metric : allHistoryMetrics) {
+      const ChartSeries& a = all.at(metric);
+      const ChartSeries& b = cheap.at(metric);
+      ASSERT_EQ(a.runs.size(), b.runs.size()) << rawValue(metric);
+      for (std::size_t r = 0; r < a.runs.size(); ++r) {
+        ASSERT_EQ(a.runs[r].size(), b.runs[r].size());
+        for (std::size_t p = 0; p < a.runs[r].size(); ++p) {
+          EXPECT_EQ(a.runs[r][p].time, b.runs[r][p].time);
+          EXPECT_NEAR(a.runs[r][p].value, b.runs[r][p].value,
+                      1e-9 * (1 + std::fabs(a.runs[r][p].value)));
+          EXPECT_EQ(a.runs[r][p].low, b.runs[r][p].low);
+          EXPECT_EQ(a.runs[r][p].high, b.runs[r][p].high);
+          EXPECT_EQ(a.runs[r][p].worst, b.runs[r][p].worst);
+        }
+      }
+    }
+  }
 }
 
 TEST_F(HistoryStoreTest, MarkingAlertsReadZeroesTheUnreadCount) {

@@ -5,6 +5,7 @@
 #include <fstream>
 #include <iterator>
 
+#include "store/history_file_kind.h"
 #include "store/history_store.h"
 #include "testing/enum_text_round_trip.h"
 #include "testing/scratch_folder.h"
@@ -102,13 +103,26 @@ TEST(Schema, ANewerFileIsRefusedAndLeftByteForByte) {
     ASSERT_FALSE(store.has_value());
     EXPECT_EQ(description(store.error()), "History was written by a newer Tovrin (version 2)");
     EXPECT_EQ(fileBytes(path), before);
-    if (std::string(mode) == "DELETE") {
-      EXPECT_EQ(std::distance(std::filesystem::directory_iterator(scratch.path()),
-                              std::filesystem::directory_iterator()),
-                entriesBefore)
-          << "no journal or log left beside it";
-    }
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(scratch.path()),
+                            std::filesystem::directory_iterator()),
+              entriesBefore)
+        << "no journal, log or shared-memory file left beside it";
   }
+}
+
+TEST(Schema, AFailedOpenKeepsCompanionsThatWereThereAndRemovesOnlyItsOwn) {
+  ScratchFolder scratch;
+  const auto path = scratch / "history.sqlite";
+  {
+    SQLiteDatabase db = rawOpen(path);
+    ASSERT_TRUE(db.exec("PRAGMA journal_mode = WAL").has_value());
+    ASSERT_TRUE(db.setUserVersion(2).has_value());
+  }
+  // Another program's log, left beside the file: not this open's to remove.
+  scratch.write("history.sqlite-wal", "");
+  ASSERT_FALSE(HistoryStore::open(path).has_value());
+  EXPECT_TRUE(std::filesystem::exists(scratch / "history.sqlite-wal"));
+  EXPECT_FALSE(std::filesystem::exists(scratch / "history.sqlite-shm"));
 }
 
 TEST(Schema, AFailingCreateRollsBackWhole) {
@@ -157,7 +171,7 @@ TEST(Schema, AFolderThatCannotBeCreatedIsAFileSystemError) {
 
 namespace testing {
 
-using StoreEnums = ::testing::Types<HistoryTable>;
+using StoreEnums = ::testing::Types<HistoryTable, HistoryFileKind>;
 INSTANTIATE_TYPED_TEST_SUITE_P(Store, EnumTextRoundTrip, StoreEnums);
 
 }  // namespace testing

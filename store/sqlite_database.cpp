@@ -23,11 +23,29 @@ SQLiteError errorOf(sqlite3* handle) {
   return SQLiteError{.code = sqlite3_errcode(handle), .message = message};
 }
 
+// A path as the "file:" URI that sqlite3_open_v2 takes: the characters a URI gives meaning to
+// are percent-encoded, so a file named "a?b#c" stays that file.
+std::string fileURI(const std::string& path) {
+  static constexpr char hex[] = "0123456789ABCDEF";
+  std::string uri = "file:";
+  for (const char c : path) {
+    const auto byte = static_cast<unsigned char>(c);
+    if (c == '%' || c == '?' || c == '#' || byte < 0x20 || byte >= 0x7F) {
+      uri += '%';
+      uri += hex[byte >> 4];
+      uri += hex[byte & 0x0F];
+    } else {
+      uri += c;
+    }
+  }
+  return uri;
+}
+
 }  // namespace
 
-SQLiteResult<SQLiteDatabase> SQLiteDatabase::open(const std::string& path) {
+SQLiteResult<SQLiteDatabase> SQLiteDatabase::openWith(const std::string& name, int flags) {
   sqlite3* raw = nullptr;
-  const int result = sqlite3_open_v2(path.c_str(), &raw, kOpenFlags, nullptr);
+  const int result = sqlite3_open_v2(name.c_str(), &raw, flags, nullptr);
   if (raw == nullptr) {
     return std::unexpected(SQLiteError{.code = result, .message = sqlite3_errstr(result)});
   }
@@ -36,6 +54,15 @@ SQLiteResult<SQLiteDatabase> SQLiteDatabase::open(const std::string& path) {
   if (result != SQLITE_OK) return std::unexpected(errorOf(raw));
   sqlite3_busy_timeout(raw, kBusyTimeoutMilliseconds);
   return SQLiteDatabase(std::move(handle));
+}
+
+SQLiteResult<SQLiteDatabase> SQLiteDatabase::open(const std::string& path) {
+  return openWith(path, kOpenFlags);
+}
+
+SQLiteResult<SQLiteDatabase> SQLiteDatabase::openToInspect(const std::string& path) {
+  return openWith(fileURI(path) + "?mode=ro&immutable=1",
+                  SQLITE_OPEN_READONLY | SQLITE_OPEN_URI | SQLITE_OPEN_NOMUTEX);
 }
 
 SQLiteResult<void> SQLiteDatabase::exec(const std::string& sql) const {

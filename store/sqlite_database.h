@@ -36,6 +36,9 @@ class SQLiteDatabase {
   // Opens or creates the file, read-write, without SQLite's connection mutex, and sets a busy
   // timeout of 2,000 ms. A folder that does not exist is SQLite's error 14.
   [[nodiscard]] static SQLiteResult<SQLiteDatabase> open(const std::string& path);
+  // Opens an existing file only to read it, as immutable: no lock is taken and no journal,
+  // -wal or -shm file is made, so a file of another program is left exactly as it was.
+  [[nodiscard]] static SQLiteResult<SQLiteDatabase> openToInspect(const std::string& path);
 
   // Runs SQL without results (transaction control, pragmas, whole-table deletes).
   [[nodiscard]] SQLiteResult<void> exec(const std::string& sql) const;
@@ -57,6 +60,8 @@ class SQLiteDatabase {
 
  private:
   explicit SQLiteDatabase(std::shared_ptr<sqlite3> handle) : handle_(std::move(handle)) {}
+  // `name` is a path, or a "file:" URI when `flags` hold SQLITE_OPEN_URI.
+  [[nodiscard]] static SQLiteResult<SQLiteDatabase> openWith(const std::string& name, int flags);
   std::shared_ptr<sqlite3> handle_;
   friend class SQLiteStatement;
 };

@@ -25,6 +25,8 @@ struct FakeProcess {
   std::uint64_t majorFaults = 3;
   std::uint64_t userTicks = 0;
   std::uint64_t systemTicks = 0;
+  std::uint64_t childUserTicks = 0;  // cutime: of the children it reaped
+  std::uint64_t childSystemTicks = 0;
   std::uint64_t startTicks = 5000;
   std::uint64_t rssAnonKB = 0;
   std::uint64_t vmSwapKB = 0;
@@ -44,7 +46,8 @@ inline std::string statLine(const FakeProcess& p) {
          " " + std::to_string(p.pid) + " " + std::to_string(p.pid) + " " +
          std::to_string(p.terminal) + " -1 " + std::to_string(p.flags) + " " +
          std::to_string(p.minorFaults) + " 0 " + std::to_string(p.majorFaults) + " 0 " +
-         std::to_string(p.userTicks) + " " + std::to_string(p.systemTicks) + " 0 0 20 0 " +
+         std::to_string(p.userTicks) + " " + std::to_string(p.systemTicks) + " " + std::to_string(p.childUserTicks) + " " +
+         std::to_string(p.childSystemTicks) + " 20 0 " +
          std::to_string(p.threads) + " 0 " + std::to_string(p.startTicks) +
          " 1000000 250 18446744073709551615 1 1 0 0 0 0 0 0 0 0 0 0 0 0 17 1 0 0 0 0 0\n";
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <ostream>
 
+#include "app/commands/check_json.h"
 #include "core/base/format.h"
 #include "core/base/printable_text.h"
 #include "core/monitor/diagnoser.h"
@@ -99,22 +100,35 @@ std::vector<std::string> lines(const Snapshot& snapshot, const std::map<Resource
   return out;
 }
 
-void run(const std::function<SystemSample()>& read,
-         const std::function<void(double seconds)>& sleep, std::ostream& out) {
+Result take(const std::function<SystemSample()>& read,
+            const std::function<void(double seconds)>& sleep) {
   SnapshotBuilder builder;
   // The first reading is only the baseline: it never gives a snapshot.
   (void)builder.ingest(read());
   sleep(2.0);
-  const std::optional<Snapshot> snapshot = builder.ingest(read());
-  if (!snapshot) {
-    out << "No snapshot: the second reading failed.\n";
-    return;
-  }
+  Result result{.snapshot = builder.ingest(read()), .health = {}};
+  if (!result.snapshot) return result;
   // The same judgement as the monitor's, over a window that holds only this snapshot.
   SnapshotWindow window(600);
-  window.append(*snapshot);
-  const auto health = Diagnoser{.thresholds = Thresholds::standard()}.health(window);
-  for (const std::string& line : lines(*snapshot, health)) out << line << '\n';
+  window.append(*result.snapshot);
+  result.health = Diagnoser{.thresholds = Thresholds::standard()}.health(window);
+  return result;
+}
+
+void run(const std::function<SystemSample()>& read,
+         const std::function<void(double seconds)>& sleep, std::ostream& out) {
+  const Result result = take(read, sleep);
+  if (!result.snapshot) {
+    out << noSnapshot << "\n";
+    return;
+  }
+  for (const std::string& line : lines(*result.snapshot, result.health)) out << line << '\n';
+}
+
+void runJSON(const std::function<SystemSample()>& read,
+             const std::function<void(double seconds)>& sleep, std::ostream& out) {
+  const Result result = take(read, sleep);
+  out << checkJSON(result.snapshot ? &*result.snapshot : nullptr, result.health) << "\n";
 }
 
 }  // namespace pellwin::CheckCommand

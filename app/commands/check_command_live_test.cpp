@@ -87,5 +87,19 @@ TEST(CheckCommandLive, SeesAProgramSpinningOnOneCore) {
   EXPECT_LE(app->cpuCores, 1.05);
 }
 
+TEST(CheckCommandLive, JSONParsesWithPythonsJSONTool) {
+  std::ostringstream out, err;
+  ASSERT_EQ(runCommand(Command{.kind = CommandKind::check, .json = true}, Environment{}, out, err),
+            0);
+  const std::string path = ::testing::TempDir() + "tovrin-check.json";
+  std::ofstream(path) << out.str();
+  // Checked by another program's parser, as a script would read it.
+  const std::string command = "python3 -m json.tool " + path + " > /dev/null";
+  EXPECT_EQ(std::system(command.c_str()), 0) << out.str();
+  EXPECT_NE(out.str().find("\"coreCount\": " + std::to_string(::sysconf(_SC_NPROCESSORS_ONLN))),
+            std::string::npos);
+  std::remove(path.c_str());
+}
+
 }  // namespace
 }  // namespace pellwin

@@ -2,7 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <nlohmann/json.hpp>
 #include <sstream>
+
+#include "app/commands/check_json.h"
 
 namespace pellwin {
 namespace {
@@ -167,6 +170,39 @@ TEST(CheckCommand, SaysSoWhenTheReadingsGiveNoSnapshot) {
   CheckCommand::run(
       read, [](double) {}, out);
   EXPECT_EQ(out.str(), "No snapshot: the second reading failed.\n");
+}
+
+TEST(CheckJSON, CarriesTheSnapshotAndEveryResourcesHealthForScripts) {
+  Snapshot s = machine();
+  s.apps[1].name = "Fire\xff" "fox";  // not UTF-8: another program chose it
+  s.unavailable = {Resource::heat};
+  const auto document = nlohmann::json::parse(checkJSON(&s, {{Resource::memory, Health::strain}}));
+  EXPECT_EQ(document["snapshot"]["memory"]["usedBytes"], 9'663'676'416u);
+  EXPECT_EQ(document["snapshot"]["cpu"]["coreCount"], 4);
+  EXPECT_EQ(document["snapshot"]["thermal"]["label"], "Warm");
+  EXPECT_EQ(document["snapshot"]["unavailable"], nlohmann::json::array({"heat"}));
+  EXPECT_EQ(document["snapshot"]["battery"], nullptr);
+  ASSERT_EQ(document["snapshot"]["apps"].size(), 2u);
+  EXPECT_EQ(document["snapshot"]["apps"][0]["detail"], "yes");
+  EXPECT_EQ(document["snapshot"]["apps"][1]["name"], "Fire\xef\xbf\xbd" "fox")
+      << "bad bytes are replaced, not a reason to print nothing";
+  const auto& health = document["health"];
+  ASSERT_EQ(health.size(), allResources.size());
+  EXPECT_EQ(
+      health[0],
+      (nlohmann::json{
+          {"resource", "memory"}, {"title", "Memory"}, {"health", 1}, {"label", "Getting busy"}}));
+  EXPECT_EQ(health[4]["health"], nullptr) << "not judged";
+  EXPECT_EQ(health[4]["label"], "?");
+}
+
+TEST(CheckJSON, SaysSoWhenTheReadingsGiveNoSnapshot) {
+  const auto read = [] { return SystemSample::at(5); };
+  std::ostringstream out;
+  CheckCommand::runJSON(
+      read, [](double) {}, out);
+  EXPECT_EQ(nlohmann::json::parse(out.str()),
+            (nlohmann::json{{"error", "No snapshot: the second reading failed."}}));
 }
 
 }  // namespace

@@ -41,7 +41,7 @@ std::string cleanPlanReport(const CleanPlan& plan, double seconds) {
 int runCleanPlan(const Environment& environment, std::ostream& out) {
   const auto started = std::chrono::steady_clock::now();
   const double now = systemNow();
-  const CleanPlan plan = cleanerScanner(environment).plan(readRunningSet(environment, now), now);
+  const CleanPlan plan = plannedClean(environment, readRunningSet(environment, now), now);
   const std::chrono::duration<double> took = std::chrono::steady_clock::now() - started;
   out << cleanPlanReport(plan, took.count());
   return 0;

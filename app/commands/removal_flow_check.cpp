@@ -249,7 +249,14 @@ int runFlowSelfTest(const std::string& home, const std::string& dataHome, std::o
     out << "flow-test failed: " << scratch.error() << "\n";
     return 1;
   }
-  const Problem problem = Flow(*scratch, home, dataHome).run();
+  // The scratch folder is scanned where it really is, so the selection's rules get home and the
+  // data home in that same spelling: HOME may go through a link that XDG_DATA_HOME does not.
+  const auto real = [](const std::string& path) {
+    std::error_code error;
+    const auto resolved = std::filesystem::weakly_canonical(path, error);
+    return error ? path : resolved.string();
+  };
+  const Problem problem = Flow(*scratch, real(home), real(dataHome)).run();
   if (auto left = scratch->cleanUp()) {
     out << "flow-test failed: couldn't remove what it made: " << *left << "\n";
     return 1;

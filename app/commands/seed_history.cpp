@@ -6,11 +6,13 @@
 #include <set>
 #include <system_error>
 
+#include "core/base/printable_text.h"
 #include "core/history/alert_policy.h"
 #include "core/history/rollup.h"
 #include "core/monitor/diagnoser.h"
 #include "core/monitor/snapshot_window.h"
 #include "core/monitor/stabilizer.h"
+#include "store/history_file_kind.h"
 
 namespace pellwin::SeedHistory {
 
@@ -92,8 +94,20 @@ SQLiteResult<void> writeEarlierDays(const HistoryStore& store,
 
 int run(const std::filesystem::path& path, const std::filesystem::path& realStore, double now,
         const Calendar& calendar, std::ostream& out, std::ostream& err) {
+  if (path.empty()) {
+    err << "--seed-history needs a path\n";
+    return 2;
+  }
   if (sameFile(path, realStore)) {
     err << "--seed-history refuses the real history file; pass a scratch path\n";
+    return 2;
+  }
+  // Seeding starts empty, but only by replacing what is safe to replace: a browser's
+  // places.sqlite or any other program's file is never removed.
+  const HistoryFileKind kind = historyFileKind(path);
+  if (kind == HistoryFileKind::other) {
+    err << "--seed-history refuses " << printableText(path.string())
+        << ": it is neither empty nor a Tovrin history file; pass a scratch path\n";
     return 2;
   }
   if (path.extension() == ".sqlite") removeWithCompanions(path);

@@ -20,8 +20,9 @@ inline constexpr int gapFirst = 8001;  // moments gapFirst..gapLast are skipped
 inline constexpr int gapLast = 8540;
 inline constexpr int earlierDays = 21;  // three weeks before the seeded day
 
-// Seeds `path` and prints one line to `out`; returns the exit status: 2 when `path` is the real
-// history file `realStore` (compared after resolving both), 1 when the store fails, else 0.
+// Seeds `path` and prints one line to `out`; returns the exit status: 2 when `path` is empty,
+// is the real history file `realStore` (compared after resolving both), or holds anything but
+// an empty file or a history file of this program; 1 when the store fails, else 0.
 // `now` is the current time; the day runs over the 86,395 s before it.
 [[nodiscard]] int run(const std::filesystem::path& path, const std::filesystem::path& realStore,
                       double now, const Calendar& calendar, std::ostream& out, std::ostream& err);

@@ -1,6 +1,7 @@
 #include "app/commands/seed_history.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <fstream>
 #include <iterator>
@@ -32,7 +33,8 @@ std::vector<T> column(const HistoryStore& store, const std::string& sql) {
 TEST(SeedHistory, WritesADayThroughTheLivePipelineAndPrintsOneLine) {
   ScratchFolder scratch;
   const auto path = scratch / "x.sqlite";
-  scratch.write("x.sqlite", "an old scratch file that is not even a database");
+  // An earlier seeding's file, which seeding replaces.
+  ASSERT_TRUE(HistoryStore::open(path).has_value());
   scratch.write("x.sqlite-wal", "stale");
   const double now = 1'717'430'400.75;  // 3 June 2024 16:00:00.75 UTC
   const Calendar calendar = Calendar::fixed(7200);
@@ -110,6 +112,43 @@ TEST(SeedHistory, RefusesTheRealHistoryFileHoweverItIsSpelled) {
     EXPECT_EQ(out.str(), "");
     EXPECT_EQ(fileBytes(real), "the user's real history");
     EXPECT_FALSE(std::filesystem::exists(real.string() + "-wal"));
+  }
+}
+
+TEST(SeedHistory, RefusesAnEmptyPathAndAnyFileItDidNotMake) {
+  ScratchFolder scratch;
+  {
+    auto places = SQLiteDatabase::open((scratch / "places.sqlite").string());
+    ASSERT_TRUE(places.has_value());
+    ASSERT_TRUE(places->exec("CREATE TABLE moz_places (url TEXT)").has_value());
+  }
+  ::chmod((scratch / "places.sqlite").c_str(), 0444);
+  scratch.write("notes.sqlite", "the user's notes");
+  const std::vector<std::string> before = testing::inventory(scratch.path().string());
+  const struct {
+    const char* why;
+    std::string path;
+    std::string message;
+  } cases[] = {
+      {"an empty path", "", "--seed-history needs a path\n"},
+      {"a browser's history, read-only", (scratch / "places.sqlite").string(),
+       "--seed-history refuses " + (scratch / "places.sqlite").string() +
+           ": it is neither empty nor a Tovrin history file; pass a scratch path\n"},
+      {"a text file", (scratch / "notes.sqlite").string(),
+       "--seed-history refuses " + (scratch / "notes.sqlite").string() +
+           ": it is neither empty nor a Tovrin history file; pass a scratch path\n"},
+      {"a folder", scratch.path().string(),
+       "--seed-history refuses " + scratch.path().string() +
+           ": it is neither empty nor a Tovrin history file; pass a scratch path\n"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.why);
+    std::ostringstream out, err;
+    const Command command{.kind = CommandKind::seedHistory, .path = c.path};
+    EXPECT_EQ(runCommand(command, {.home = scratch.path().string()}, out, err), 2);
+    EXPECT_EQ(err.str(), c.message);
+    EXPECT_EQ(out.str(), "");
+    EXPECT_EQ(testing::inventory(scratch.path().string()), before);
   }
 }
 

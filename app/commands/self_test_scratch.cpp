@@ -10,6 +10,7 @@
 #include <sstream>
 #include <tuple>
 
+#include "probe/exclusive_file.h"
 #include "probe/files/folder_walk.h"
 
 namespace pellwin {
@@ -67,12 +68,11 @@ void restoreSizes(const std::string& trashDirectory, const std::optional<std::st
     fs::remove(path, error);
     return;
   }
-  const std::string temporary = trashDirectory + "/.directorysizes.tovrin-self-test";
-  {
-    std::ofstream out(temporary, std::ios::binary | std::ios::trunc);
-    out << *before;
-  }
-  fs::rename(temporary, path, error);
+  const FileDescriptor folder(
+      ::open(trashDirectory.c_str(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+  if (!folder.valid()) return;
+  // Best effort, as the rest of the clean-up: a file manager rebuilds a lost size cache.
+  std::ignore = replaceFileAt(folder.get(), "directorysizes", *before, 0600, trashDirectory);
 }
 
 }  // namespace
@@ -190,8 +190,11 @@ std::optional<std::string> SelfTestScratch::cleanUp() {
 }
 
 void writeScratchFile(const std::string& path, std::size_t bytes) {
-  fs::create_directories(fs::path(path).parent_path());
-  std::ofstream(path, std::ios::binary) << std::string(bytes, 't');
+  std::error_code error;
+  fs::create_directories(fs::path(path).parent_path(), error);
+  auto fd = createExclusive(AT_FDCWD, path, 0600, path);
+  // A file that cannot be made shows up as a failed check, which names what went wrong.
+  if (fd) std::ignore = writeAll(fd->get(), std::string(bytes, 't'), path);
 }
 
 std::string describe(const TrashResult& result) {

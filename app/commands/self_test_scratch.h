@@ -62,7 +62,8 @@ class SelfTestScratch {
   bool cleaned_ = false;
 };
 
-// Writes `bytes` bytes of real data (no holes, so the blocks are allocated), making folders.
+// Writes `bytes` bytes of real data (no holes, so the blocks are allocated), making folders. A
+// new file only: anything already at the path, a link included, is left alone.
 void writeScratchFile(const std::string& path, std::size_t bytes);
 
 // "moved", or "refused: It's a shortcut to somewhere else".

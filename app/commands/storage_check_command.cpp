@@ -1,5 +1,7 @@
 #include "app/commands/storage_check_command.h"
 
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <charconv>
 #include <chrono>
@@ -9,7 +11,9 @@
 #include <utility>
 
 #include "app/commands/clean_plan_report.h"
+#include "app/commands/removal_commands.h"
 #include "app/commands/storage_self_tests.h"
+#include "app/models/history_recorder.h"
 #include "core/base/checked_math.h"
 #include "core/base/data_folder.h"
 #include "core/base/format.h"
@@ -24,10 +28,29 @@ namespace {
 
 // Tested in this order; the first present decides.
 constexpr std::pair<std::string_view, StorageCheckMode> kModeSwitches[] = {
-    {"--trash-test", StorageCheckMode::trashTest},
-    {"--flow-test", StorageCheckMode::flowTest},
-    {"--clean-plan", StorageCheckMode::cleanPlan},
+    {"--trash-test", StorageCheckMode::trashTest}, {"--flow-test", StorageCheckMode::flowTest},
+    {"--clean-plan", StorageCheckMode::cleanPlan}, {"--clean", StorageCheckMode::clean},
+    {"--trash", StorageCheckMode::trash},
 };
+
+// Every argument after "--trash" that is not an option (nor the history file's path).
+std::expected<std::vector<std::string>, std::string> trashItems(
+    const std::vector<std::string>& arguments) {
+  std::vector<std::string> items;
+  auto it = std::find(arguments.begin(), arguments.end(), "--trash");
+  for (++it; it != arguments.end(); ++it) {
+    if (*it == "--history-db") {
+      if (std::next(it) == arguments.end()) break;
+      ++it;
+    } else if (it->starts_with("-") && *it != "-") {
+      return std::unexpected("--trash doesn't know the option " + printableText(*it));
+    } else {
+      items.push_back(*it);
+    }
+  }
+  if (items.empty()) return std::unexpected(std::string("--trash needs at least one path"));
+  return items;
+}
 
 std::optional<std::size_t> wholeNumber(std::string_view text) {
   if (text.starts_with('+')) text.remove_prefix(1);
@@ -71,6 +94,11 @@ class ProgressTicker {
 int runScan(const StorageCheckOptions& options, const Environment& environment, std::ostream& out,
             std::ostream& err) {
   const std::string folder = StorageCheck::folderToScan(options.path, environment.home);
+  // A file would be walked as a folder that cannot be opened and reported as "1 locked".
+  if (struct stat info{}; ::stat(folder.c_str(), &info) == 0 && !S_ISDIR(info.st_mode)) {
+    err << "--check-storage scans a folder, and " << printableText(folder) << " isn't one\n";
+    return 2;
+  }
   const DiskScanner scanner(environment.home, environment.sysRoot);
   std::optional<ProgressTicker> ticker;
   if (environment.errIsTerminal) ticker.emplace(err);
@@ -116,6 +144,11 @@ std::expected<StorageCheckOptions, std::string> parseStorageCheck(
   for (const auto& [flag, mode] : kModeSwitches) {
     if (std::find(arguments.begin(), arguments.end(), flag) != arguments.end()) {
       options.mode = mode;
+      if (mode == StorageCheckMode::trash) {
+        auto items = trashItems(arguments);
+        if (!items) return std::unexpected(std::move(items.error()));
+        options.items = std::move(*items);
+      }
       return options;
     }
   }
@@ -135,10 +168,15 @@ std::expected<StorageCheckOptions, std::string> parseStorageCheck(
         return std::unexpected("--top needs a whole number, not \"" + printableText(arguments[i]) +
                                "\"");
       options.top = *top;
+    } else if (argument == "--history-db") {
+      ++i;  // the history file of every mode, taken by the entry
     } else if (argument.starts_with("-") && argument != "-") {
       return std::unexpected("--check-storage doesn't know the option " + printableText(argument));
     } else if (!options.path) {
       options.path = argument;
+    } else {
+      return std::unexpected("--check-storage scans one folder; leave out " +
+                             printableText(argument));
     }
   }
   if (options.json && options.rebuild) {
@@ -149,7 +187,8 @@ std::expected<StorageCheckOptions, std::string> parseStorageCheck(
 
 std::string storageCheckUsage() {
   return "Usage: tovrin --check-storage [DIR] [--top N] [--rebuild] [--json]\n"
-         "       tovrin --check-storage --trash-test | --flow-test | --clean-plan\n"
+         "       tovrin --check-storage --trash-test | --flow-test | --clean-plan | --clean\n"
+         "       tovrin --check-storage --trash PATH...\n"
          "Scans DIR (your home folder when left out) on its own disk and prints its size and\n"
          "its N biggest items (10 unless told). Nothing is changed.\n"
          "  --top N       how many of the biggest items to list\n"
@@ -157,11 +196,13 @@ std::string storageCheckUsage() {
          "  --json        print the whole scan as JSON, in the format of the scan cache\n"
          "  --trash-test  move a scratch folder to the Trash and check it got there\n"
          "  --flow-test   pick, refuse and remove scratch items as the space map would\n"
-         "  --clean-plan  print what quick clean would remove, without removing it\n";
+         "  --clean-plan  print what quick clean would remove, without removing it\n"
+         "  --clean       run quick clean now, as planned, and log it to history\n"
+         "  --trash PATH  move each PATH to the Trash as the space map would\n";
 }
 
 int runStorageCheck(const std::vector<std::string>& arguments, const Environment& environment,
-                    std::ostream& out, std::ostream& err) {
+                    std::ostream& out, std::ostream& err, const std::string& historyFile) {
   const auto options = parseStorageCheck(arguments);
   if (!options) {
     err << options.error() << "\n";
@@ -174,6 +215,15 @@ int runStorageCheck(const std::vector<std::string>& arguments, const Environment
     case StorageCheckMode::flowTest:
       return runFlowSelfTest(environment.home, applicationSupport(environment), out);
     case StorageCheckMode::cleanPlan: return runCleanPlan(environment, out);
+    case StorageCheckMode::clean: {
+      const std::string file =
+          historyFile.empty() ? HistoryRecorder::storeURL(
+                                    std::nullopt, DataFolder::path(applicationSupport(environment)))
+                                    .string()
+                              : historyFile;
+      return runCleanNow(environment, file, out);
+    }
+    case StorageCheckMode::trash: return runTrashItems(options->items, environment, out);
     case StorageCheckMode::help: out << storageCheckUsage(); return 0;
   }
   return 1;

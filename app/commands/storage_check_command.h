@@ -21,7 +21,7 @@ namespace pellwin {
 
 // Which job the arguments chose. A new mode gets a case here, a switch in `modeSwitches`
 // (storage_check_command.cpp) and a case in `runStorageCheck`.
-enum class StorageCheckMode { scan, trashTest, flowTest, cleanPlan, help };
+enum class StorageCheckMode { scan, trashTest, flowTest, cleanPlan, clean, trash, help };
 
 struct StorageCheckOptions {
   StorageCheckMode mode = StorageCheckMode::scan;
@@ -29,14 +29,16 @@ struct StorageCheckOptions {
   std::size_t top = 10;               // how many of the root's largest children to list
   bool rebuild = false;
   bool json = false;
+  std::vector<std::string> items{};  // for trash: the paths after "--trash"
   friend bool operator==(const StorageCheckOptions&, const StorageCheckOptions&) = default;
 };
 
-// The arguments that followed "--check-storage". The first of "--trash-test", "--flow-test"
-// and "--clean-plan" present decides the mode; otherwise the first argument that is not an
-// option (nor an option's value) is the path, "--top N" (a leading "+" accepted) how many
-// items to list, "--rebuild" adds the rebuild plan and "--json" prints the scan as JSON. An
-// unknown option or a bad number is an error sentence.
+// The arguments that followed "--check-storage". The first of "--trash-test", "--flow-test",
+// "--clean-plan", "--clean" and "--trash" present decides the mode ("--trash" takes every
+// argument after it that is not an option as a path to move, and needs one at least); otherwise the
+// first argument that is not an option (nor an option's value) is the path, "--top N" (a leading
+// "+" accepted) how many items to list, "--rebuild" adds the rebuild plan and "--json" prints the
+// scan as JSON. An unknown option or a bad number is an error sentence.
 [[nodiscard]] std::expected<StorageCheckOptions, std::string> parseStorageCheck(
     const std::vector<std::string>& arguments);
 
@@ -44,10 +46,11 @@ struct StorageCheckOptions {
 
 // Runs the chosen mode: 0 when it finished or passed, 1 when it failed, 2 for bad arguments.
 // The scan's progress goes to `err` only when `environment.errIsTerminal`, so that standard
-// output stays clean for scripts.
+// output stays clean for scripts. `historyFile` is where "--clean" logs its run; empty means
+// the data folder's.
 [[nodiscard]] int runStorageCheck(const std::vector<std::string>& arguments,
                                   const Environment& environment, std::ostream& out,
-                                  std::ostream& err);
+                                  std::ostream& err, const std::string& historyFile = {});
 
 namespace StorageCheck {
 

@@ -1,6 +1,7 @@
 #include "app/commands/storage_check_command.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <filesystem>
 #include <regex>
@@ -31,7 +32,7 @@ TEST(StorageCheck, ParsesTheArgumentsAfterTheSwitch) {
        {"--top", "5", "/d", "--rebuild"},
        {.path = "/d", .top = 5, .rebuild = true}},
       {"a leading plus", {"--top", "+3", "x"}, {.path = "x", .top = 3}},
-      {"the first path counts", {"/a", "/b"}, {.path = "/a"}},
+      {"the history file is the entry's", {"/a", "--history-db", "/h.sqlite"}, {.path = "/a"}},
       {"a top value is not the path", {"--top", "7"}, {.top = 7}},
       {"json", {"--json", "/d"}, {.path = "/d", .json = true}},
       {"self-tests beat everything, in their order",
@@ -59,6 +60,7 @@ TEST(StorageCheck, ParsesTheArgumentsAfterTheSwitch) {
       {"negative top", {"--top", "-1"}, "--top needs a whole number, not \"-1\""},
       {"top with a tail", {"--top", "5x"}, "--top needs a whole number, not \"5x\""},
       {"unknown option", {"--fast"}, "--check-storage doesn't know the option --fast"},
+      {"a second folder", {"/a", "/b"}, "--check-storage scans one folder; leave out /b"},
       {"json with a plan",
        {"--json", "--rebuild"},
        "--json prints the scan alone; leave out --rebuild"},
@@ -189,6 +191,30 @@ TEST(StorageCheck, SaysWhyAScanFailedAndReturnsOne) {
   const Outcome usage = run({"--top"}, "/h");
   EXPECT_EQ(usage.status, 2);
   EXPECT_EQ(usage.err, "--top needs a number\n");
+}
+
+TEST(StorageCheck, AFolderThatCanBeListedButNotEnteredIsLockedNotEmpty) {
+  testing::ScratchFolder scratch;
+  scratch.write("noexec/file", std::string(4096, 'x'));
+  const std::string root = scratch.path().string();
+  ::chmod(root.c_str(), 0755);
+  ::chmod((scratch / "noexec").c_str(), 0744);  // read without execute
+  // Root ignores permissions: the scan runs as an ordinary user.
+  const std::string summary = testing::runUnprivileged([&] {
+    const Outcome result = run({root}, root);
+    return result.out.substr(0, result.out.find('\n'));
+  });
+  ::chmod((scratch / "noexec").c_str(), 0755);
+  EXPECT_TRUE(summary.ends_with(", 2 nodes, 1 locked")) << summary;
+}
+
+TEST(StorageCheck, AFileIsNoFolderToScan) {
+  testing::ScratchFolder scratch;
+  const std::string file = scratch.write("notes.txt", "x").string();
+  const Outcome result = run({file}, scratch.path().string());
+  EXPECT_EQ(result.status, 2);
+  EXPECT_EQ(result.out, "");
+  EXPECT_EQ(result.err, "--check-storage scans a folder, and " + file + " isn't one\n");
 }
 
 }  // namespace

@@ -15,7 +15,7 @@ using testing::inventory;
 // XDG data home, which the self-tests must not leave behind either.
 TEST(StorageSelfTests, TheProgramPassesBothAndLeavesAFreshHomeEmpty) {
   testing::ScratchHome scratch;
-  const std::string tovrin = std::string(PELLWIN_BINARY_DIR) + "/app/tovrin";
+  const std::string tovrin = std::string(PELLWIN_BINARY_DIR) + "/tovrin";
   EXPECT_EQ(scratch.run(tovrin + " --check-storage --trash-test; echo \"status $?\""),
             "trash-test ok\nstatus 0\n");
   EXPECT_EQ(scratch.run(tovrin + " --check-storage --flow-test; echo \"status $?\""),

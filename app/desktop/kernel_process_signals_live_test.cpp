@@ -72,7 +72,7 @@ AppUsage appOf(std::string name, std::vector<std::int32_t> pids) {
 // A quitter that checks every 20 ms instead of 200 ms, so a full wait takes 0.6 s.
 struct LiveQuitter {
   testing::OwnerLoop owner;
-  AppQuitter quitter{{.signals = std::make_shared<KernelProcessSignals>(proc),
+  AppQuitter quitter{{.processSignals = std::make_shared<KernelProcessSignals>(proc),
                       .confirm = [](const QuitConfirmation&) { return true; },
                       .sleep =
                           [](std::chrono::milliseconds wait) {

@@ -155,7 +155,7 @@ void AppQuitter::quit(const AppUsage& app, bool force) {
   if (services_.changed) services_.changed();
   joinFinishedWorkers();
   auto done = std::make_shared<std::atomic<bool>>(false);
-  std::thread thread([app, force, done, signals = services_.signals, sleep = services_.sleep,
+  std::thread thread([app, force, done, signals = services_.processSignals, sleep = services_.sleep,
                       post = services_.post, changed = services_.changed,
                       stopping = stopping_, weak = std::weak_ptr<State>(state_)] {
     const QuitOutcome outcome = QuitRun(*signals, sleep, *stopping).run(app, force);

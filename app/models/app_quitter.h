@@ -43,7 +43,7 @@ class AppQuitter {
 
   struct Services {
     // Used on the quit workers.
-    std::shared_ptr<ProcessSignals> signals;
+    std::shared_ptr<ProcessSignals> processSignals;
     // Shows the alert and says whether its first button was pressed. Owner's thread.
     std::function<bool(const QuitConfirmation&)> confirm;
     // Waits between two checks, on a worker; tests pass a shorter wait. Empty: really sleeps.

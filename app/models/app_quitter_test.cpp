@@ -79,7 +79,7 @@ struct QuitterRig {
   std::vector<QuitConfirmation> asked;
   bool answer = true;
   int changes = 0;
-  AppQuitter quitter{{.signals = signals,
+  AppQuitter quitter{{.processSignals = signals,
                       .confirm =
                           [this](const QuitConfirmation& c) {
                             asked.push_back(c);

@@ -29,11 +29,31 @@ RunningSet readRunningSet(const Environment& environment, double now) {
   return RunningSet::from(reader.read(now));
 }
 
+namespace {
+
+Trasher trasherFor(const Environment& environment, RemovalDisk& disk) {
+  return Trasher(environment.home, removalGuards(environment), disk,
+                 LinuxCleanerCatalog::movedBases(cleanerPlaces(environment)));
+}
+
+}  // namespace
+
+CleanPlan plannedClean(const Environment& environment, const RunningSet& running, double now) {
+  CleanPlan plan = cleanerScanner(environment).plan(running, now);
+  LiveRemovalDisk disk(FreedesktopTrash(applicationSupport(environment), ::getuid()));
+  const Trasher trasher = trasherFor(environment, disk);
+  for (CleanGroupPlan& group : plan.groups) {
+    std::erase_if(group.items, [&](const CleanItem& item) {
+      return trasher.ruleRefusal(item.path, group.group.action).has_value();
+    });
+  }
+  return plan;
+}
+
 std::vector<TrashResult> removeBatch(const Environment& environment, const CleanBatch& batch) {
   const std::string dataHome = applicationSupport(environment);
   LiveRemovalDisk disk(FreedesktopTrash(dataHome, ::getuid()));
-  const Trasher trasher(environment.home, removalGuards(environment), disk,
-                        LinuxCleanerCatalog::movedBases(cleanerPlaces(environment)));
+  const Trasher trasher = trasherFor(environment, disk);
   std::vector<TrashItem> items;
   items.reserve(batch.items.size());
   for (const CleanItem& item : batch.items)
@@ -47,7 +67,7 @@ CleanerModel::Services quickCleanServices(const Environment& environment, Histor
       .scan =
           [environment] {
             const double now = systemNow();
-            return cleanerScanner(environment).plan(readRunningSet(environment, now), now);
+            return plannedClean(environment, readRunningSet(environment, now), now);
           },
       .remove = [environment](const CleanBatch& batch) { return removeBatch(environment, batch); },
       .logClean =

@@ -18,6 +18,11 @@ class HistoryRecorder;
 [[nodiscard]] CleanerPlaces cleanerPlaces(const Environment& environment);
 [[nodiscard]] CleanerScanner cleanerScanner(const Environment& environment);
 
+// The catalog's plan for this computer, less every item the removal would refuse by its rules:
+// a cache home moved onto ~/Documents or ~/.config offers nothing of theirs. Blocking.
+[[nodiscard]] CleanPlan plannedClean(const Environment& environment, const RunningSet& running,
+                                     double now);
+
 // Everything running under the environment's proc root, read once. Blocking.
 [[nodiscard]] RunningSet readRunningSet(const Environment& environment, double now);
 

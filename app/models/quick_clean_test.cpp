@@ -80,6 +80,39 @@ TEST(QuickClean, ThePlanNamesWhatRunsAndLeavesEveryByteInPlace) {
   EXPECT_EQ(contents(m.home.path()), before);
 }
 
+TEST(QuickClean, ThePlanNeverOffersWhatTheRemovalRulesRefuse) {
+  ScratchFolder home;
+  home.write("Documents/thesis.tex", std::string(300'000, 't'));
+  home.write(".local/share/keyrings/login.keyring", std::string(100'000, 'k'));
+  home.write(".local/share/Trash/files/old", std::string(100'000, 'o'));
+  home.write(".config/autostart/app.desktop", std::string(100'000, 'a'));
+  home.write("xcache/pip/http/blob", std::string(100'000, 'p'));
+  const std::string h = home.path().string();
+  const struct {
+    const char* why;
+    Environment environment;
+    std::vector<std::string> offered;
+  } cases[] = {
+      {"a cache home on Documents", {.home = h, .xdgCacheHome = h + "/Documents"}, {}},
+      {"a cache home on the data home", {.home = h, .xdgCacheHome = h + "/.local/share"}, {}},
+      {"a cache home on the config home", {.home = h, .xdgCacheHome = h + "/.config"}, {}},
+      {"an ordinary moved cache home still offers its caches",
+       {.home = h, .xdgCacheHome = h + "/xcache"},
+       {h + "/xcache/pip"}},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.why);
+    Environment environment = c.environment;
+    environment.procRoot = h + "/no-proc";
+    const CleanPlan plan = plannedClean(environment, RunningSet{}, 0);
+    std::vector<std::string> offered;
+    for (const CleanGroupPlan& group : plan.groups) {
+      for (const CleanItem& item : group.items) offered.push_back(item.path);
+    }
+    EXPECT_EQ(offered, c.offered);
+  }
+}
+
 TEST(QuickClean, ARunDeletesOrTrashesByGroupReportsProblemsAndLogsOneClean) {
   Machine m;
   OwnerLoop loop;

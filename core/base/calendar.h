@@ -3,7 +3,9 @@
 // it from the system time zone, tests build fixed ones). Times are seconds since 1970 (UTC).
 #pragma once
 
+#include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace pellwin {
@@ -42,6 +44,9 @@ class Calendar {
   [[nodiscard]] std::string dayKey(double time) const;
   // The key of the local date before the one `time` falls on (whatever length that day had).
   [[nodiscard]] std::string dayBeforeKey(double time) const;
+  // The first moment of the local date `key` names: its midnight, or, when a change of offset
+  // skips midnight, the moment the clocks jump into the day. Absent when `key` is no date.
+  [[nodiscard]] std::optional<double> startOfDay(std::string_view key) const;
 
   [[nodiscard]] const std::vector<Offset>& offsets() const { return offsets_; }
   friend bool operator==(const Calendar&, const Calendar&) = default;
@@ -49,5 +54,14 @@ class Calendar {
  private:
   std::vector<Offset> offsets_;  // sorted by `from`
 };
+
+// "EEE d MMM" in the en_US_POSIX locale, such as "Mon 3 Jun".
+[[nodiscard]] std::string dateLabel(const LocalTime& time);
+// "h:mm a" in the en_US_POSIX locale, such as "9:05 AM".
+[[nodiscard]] std::string clockLabel(const LocalTime& time);
+
+// The date `days` after the one `key` names ("%04d-%02d-%02d"); negative goes back. Pure date
+// arithmetic, the same in every zone. Absent when `key` is no date.
+[[nodiscard]] std::optional<std::string> addingDays(std::string_view key, int days);
 
 }  // namespace pellwin

@@ -77,5 +77,58 @@ TEST(Calendar, DayKeysChangeAtLocalMidnightWhateverTheDayLength) {
   EXPECT_EQ(Calendar().dayBeforeKey(1704067200), "2023-12-31");  // 1 January 2024, UTC
 }
 
+TEST(Calendar, StartOfDayIsTheFirstLocalMomentOfThatDate) {
+  // 2018-11-04 in a zone whose clocks jump from 23:59:59 to 01:00 at local midnight, as São
+  // Paulo's did: the day starts when the clocks jump.
+  const double skipped = 1541289600 + 10800;  // 2018-11-04 00:00 at UTC-3
+  const Calendar jumpsAtMidnight(
+      {{.from = 0, .seconds = -10800}, {.from = skipped, .seconds = -7200}});
+  const struct {
+    const char* why;
+    Calendar calendar;
+    const char* key;
+    std::optional<double> expected;
+  } cases[] = {
+      {"UTC", Calendar(), "2024-06-03", 1717372800},
+      {"east of UTC starts the day before in UTC", Calendar::fixed(7200), "2024-06-03",
+       1717372800 - 7200},
+      {"Berlin's 23-hour day", berlin2024(), "2024-03-31", 1711846800 - 2 * 3600},
+      {"the day after it, in summer time", berlin2024(), "2024-04-01", 1711846800 + 21 * 3600},
+      {"Berlin's 25-hour day", berlin2024(), "2024-10-27", 1729990800 - 3 * 3600},
+      {"the day after it, back in winter time", berlin2024(), "2024-10-28", 1730070000},
+      {"New York on the day the clocks go back", newYork2024(), "2024-11-03", 1730606400},
+      {"midnight skipped", jumpsAtMidnight, "2018-11-04", skipped},
+      {"the day before the skip", jumpsAtMidnight, "2018-11-03", skipped - 86400},
+      {"no such day", Calendar(), "2024-02-30", std::nullopt},
+      {"no such month", Calendar(), "2024-13-01", std::nullopt},
+      {"not a key", Calendar(), "2024-6-3", std::nullopt},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.why);
+    const auto start = c.calendar.startOfDay(c.key);
+    EXPECT_EQ(start, c.expected);
+    if (start) {
+      EXPECT_EQ(c.calendar.dayKey(*start), c.key);
+      EXPECT_NE(c.calendar.dayKey(*start - 1), c.key);
+    }
+  }
+}
+
+TEST(Calendar, AddingDaysStepsWholeDatesAcrossMonthsYearsAndLeapDays) {
+  const struct {
+    const char* key;
+    int days;
+    std::optional<std::string> expected;
+  } cases[] = {
+      {"2024-02-28", 1, "2024-02-29"}, {"2024-03-01", -1, "2024-02-29"},
+      {"2023-12-31", 1, "2024-01-01"}, {"2024-03-31", -7, "2024-03-24"},
+      {"2024-06-03", 0, "2024-06-03"}, {"2023-02-29", 1, std::nullopt},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(std::string(c.key) + " " + std::to_string(c.days));
+    EXPECT_EQ(addingDays(c.key, c.days), c.expected);
+  }
+}
+
 }  // namespace
 }  // namespace pellwin

@@ -7,8 +7,11 @@
 #include "core/clean/clean_plan.h"
 #include "core/history/history_metric.h"
 #include "core/history/history_point.h"
+#include "core/history/history_unavailable.h"
 #include "core/history/minute_row.h"
+#include "core/history/weekly_report.h"
 #include "core/monitor/app_category.h"
+#include "core/monitor/monitor_sort.h"
 #include "core/monitor/resource.h"
 #include "core/monitor/tip.h"
 #include "core/space/project_advisor.h"
@@ -54,8 +57,9 @@ namespace testing {
 
 using CoreEnums =
     ::testing::Types<Resource, Health, ThermalLevel, AppCategory, TipKind, HistoryMetric,
-                     HistoryRange, AppRank, CleanAction, CleanTickState, StorageCategory,
-                     TrashResult::Outcome, SunburstKind, ProjectAdvisor::Kind, DataFolderMove>;
+                     HistoryRange, AppRank, HistoryScreen, WeekTrend, MonitorSort, CleanAction,
+                     CleanTickState, StorageCategory, TrashResult::Outcome, SunburstKind,
+                     ProjectAdvisor::Kind, DataFolderMove>;
 INSTANTIATE_TYPED_TEST_SUITE_P(Core, EnumTextRoundTrip, CoreEnums);
 
 }  // namespace testing

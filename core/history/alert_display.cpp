@@ -1,32 +1,16 @@
 #include "core/history/alert_display.h"
 
 #include <algorithm>
-#include <array>
 #include <regex>
 
 namespace pellwin::AlertDisplay {
-
-namespace {
-
-constexpr std::array<const char*, 7> kWeekdays = {"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
-constexpr std::array<const char*, 12> kMonths = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
-                                                 "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
-
-// "EEE d MMM".
-std::string dateLabel(double time, const Calendar& calendar) {
-  const LocalTime t = calendar.local(time);
-  return std::string(kWeekdays[static_cast<std::size_t>(t.weekday)]) + " " + std::to_string(t.day) +
-         " " + kMonths[static_cast<std::size_t>(t.month - 1)];
-}
 
 std::string dayLabel(double time, double now, const Calendar& calendar) {
   const std::string day = calendar.dayKey(time);
   if (day == calendar.dayKey(now)) return "Today";
   if (day == calendar.dayBeforeKey(now)) return "Yesterday";
-  return dateLabel(time, calendar);
+  return dateLabel(calendar.local(time));
 }
-
-}  // namespace
 
 std::vector<Group> groups(const std::vector<AlertRow>& rows, double now, const Calendar& calendar) {
   std::vector<Group> result;
@@ -41,11 +25,7 @@ std::vector<Group> groups(const std::vector<AlertRow>& rows, double now, const C
 }
 
 std::string timeLabel(double time, const Calendar& calendar) {
-  const LocalTime t = calendar.local(time);
-  const int hour12 = t.hour % 12 == 0 ? 12 : t.hour % 12;
-  std::string label = std::to_string(hour12);
-  label.append(t.minute < 10 ? ":0" : ":").append(std::to_string(t.minute));
-  return label.append(t.hour < 12 ? " AM" : " PM");
+  return clockLabel(calendar.local(time));
 }
 
 double lasted(const AlertRow& row, double now) {

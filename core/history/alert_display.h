@@ -23,6 +23,9 @@ struct Group {
 [[nodiscard]] std::vector<Group> groups(const std::vector<AlertRow>& rows, double now,
                                         const Calendar& calendar);
 
+// "Today", "Yesterday" or "EEE d MMM": the day `time` falls on, seen from `now`.
+[[nodiscard]] std::string dayLabel(double time, double now, const Calendar& calendar);
+
 // "h:mm a", such as "9:05 AM".
 [[nodiscard]] std::string timeLabel(double time, const Calendar& calendar);
 

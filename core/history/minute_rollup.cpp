@@ -87,6 +87,7 @@ MinuteRollupOutput MinuteRollup::ingest(const Snapshot& snapshot,
     totals.bundleIdentifier = app.bundleIdentifier;
     totals.cpu += app.cpuCores * seconds;
     totals.memory += static_cast<double>(app.footprintBytes) * seconds;
+    totals.disk += app.diskBytesPerSecond * seconds;
   }
 
   if (!sample_) sample_ = SampleAccumulator{};
@@ -129,6 +130,7 @@ void MinuteRollup::closeMinute(MinuteRollupOutput& output) {
   if (covered > 0) {
     rank(*minute_, AppRank::cpu, output);
     rank(*minute_, AppRank::memory, output);
+    rank(*minute_, AppRank::disk, output);
   }
   minute_.reset();
 }
@@ -141,7 +143,12 @@ void MinuteRollup::rank(const MinuteAccumulator& minute, AppRank rank, MinuteRol
   };
   std::vector<Entry> entries;
   for (const auto& [appID, totals] : minute.apps) {
-    const double total = rank == AppRank::cpu ? totals.cpu : totals.memory;
+    double total = 0;
+    switch (rank) {
+      case AppRank::cpu: total = totals.cpu; break;
+      case AppRank::memory: total = totals.memory; break;
+      case AppRank::disk: total = totals.disk; break;
+    }
     if (total > 0) entries.push_back({&appID, &totals, total});
   }
   std::stable_sort(entries.begin(), entries.end(), [](const Entry& a, const Entry& b) {

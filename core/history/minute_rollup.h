@@ -1,6 +1,7 @@
 // Folds the stream of snapshots into history rows: a sample row about every five seconds of
-// readings, and one row per whole minute of the epoch with the five busiest apps by CPU and by
-// memory. A value owned by the history side; not thread-safe. Times are seconds since 1970.
+// readings, and one row per whole minute of the epoch with the five busiest apps by CPU, by
+// memory and by disk traffic. A value owned by the history side; not thread-safe. Times are seconds
+// since 1970.
 #pragma once
 
 #include <array>
@@ -58,6 +59,7 @@ class MinuteRollup {
     std::optional<std::string> bundleIdentifier;
     double cpu = 0;     // cores × seconds
     double memory = 0;  // bytes × seconds
+    double disk = 0;    // bytes per second × seconds
   };
   struct MinuteAccumulator {
     double minute = 0;

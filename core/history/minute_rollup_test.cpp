@@ -67,21 +67,29 @@ TEST(MinuteRollup, OverlappingSnapshotsCapCoverageAndUnmeasuredMetricsStayOut) {
   EXPECT_TRUE(empty.apps.empty()) << "a minute with nothing covered ranks no apps";
 }
 
-TEST(MinuteRollup, RanksTheFiveBusiestAppsByCPUThenByMemory) {
+TEST(MinuteRollup, RanksTheFiveBusiestAppsByCPUThenByMemoryThenByDisk) {
   MinuteRollup rollup;
-  const std::vector<AppUsage> apps = {app("app:f", "F", 0.1, 0),    app("app:e", "E", 0.2, 100),
-                                      app("app:d", "D", 0.3, 50),   app("app:c2", "C", 0.4, 0),
-                                      app("app:c1", "C", 0.4, 0),   app("app:b", "B", 0.4, 0),
-                                      app("pid:9", "idle", 0, 5000)};
+  std::vector<AppUsage> apps = {app("app:f", "F", 0.1, 0),    app("app:e", "E", 0.2, 100),
+                                app("app:d", "D", 0.3, 50),   app("app:c2", "C", 0.4, 0),
+                                app("app:c1", "C", 0.4, 0),   app("app:b", "B", 0.4, 0),
+                                app("pid:9", "idle", 0, 5000)};
+  apps[1].diskBytesPerSecond = 1e6;
+  apps[6].diskBytesPerSecond = 3e6;
   (void)rollup.ingest(snapshotAt(kMinute + 20, 20, 0.5, apps), {});
   auto later = apps;
   later[0].cpuCores = 2.0;  // F is busy in the second half only
   (void)rollup.ingest(snapshotAt(kMinute + 40, 20, 0.5, later), {});
   const auto output = rollup.flush();
 
-  std::vector<std::string> cpu, memory;
+  std::vector<std::string> cpu, memory, disk;
   for (const MinuteAppRow& row : output.apps) {
-    (row.rank == AppRank::cpu ? cpu : memory).push_back(row.appID);
+    (row.rank == AppRank::cpu      ? cpu
+     : row.rank == AppRank::memory ? memory
+                                   : disk)
+        .push_back(row.appID);
+    if (row.appID == "pid:9" && row.rank == AppRank::disk) {
+      EXPECT_DOUBLE_EQ(row.value, 3e6) << "bytes per second, time-weighted";
+    }
     if (row.appID == "app:f" && row.rank == AppRank::cpu) {
       EXPECT_DOUBLE_EQ(row.value, 1.05) << "(0.1 × 20 + 2.0 × 20) ÷ 40";
       EXPECT_EQ(row.position, 1);
@@ -90,8 +98,10 @@ TEST(MinuteRollup, RanksTheFiveBusiestAppsByCPUThenByMemory) {
   EXPECT_EQ(cpu, (std::vector<std::string>{"app:f", "app:b", "app:c1", "app:c2", "app:d"}))
       << "equal totals: name first, then app ID; an app without CPU is left out";
   EXPECT_EQ(memory, (std::vector<std::string>{"pid:9", "app:e", "app:d"}));
+  EXPECT_EQ(disk, (std::vector<std::string>{"pid:9", "app:e"}));
   EXPECT_EQ(output.apps.front().rank, AppRank::cpu);
-  EXPECT_EQ(output.apps.back().position, 3);
+  EXPECT_EQ(output.apps.back().rank, AppRank::disk);
+  EXPECT_EQ(output.apps.back().position, 2);
 }
 
 TEST(MinuteRollup, SamplesCoverAboutFiveSecondsAndAGapClosesOnlyTheSample) {

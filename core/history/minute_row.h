@@ -29,13 +29,15 @@ struct MinuteRow {
   friend bool operator==(const MinuteRow&, const MinuteRow&) = default;
 };
 
-// The measure an app was ranked by. Raw values are the stored ordinals.
-enum class AppRank { cpu = 0, memory = 1 };
+// The measure an app was ranked by. Raw values are the stored ordinals; files written before
+// disk traffic was ranked hold only the first two.
+enum class AppRank { cpu = 0, memory = 1, disk = 2 };
 
-[[nodiscard]] constexpr EnumTable<AppRank::memory> textTable(AppRank) {
+[[nodiscard]] constexpr EnumTable<AppRank::disk> textTable(AppRank) {
   return {{
       {AppRank::cpu, "cpu"},
       {AppRank::memory, "memory"},
+      {AppRank::disk, "disk"},
   }};
 }
 
@@ -51,7 +53,7 @@ struct MinuteAppRow {
   std::string appID{};
   std::string name{};
   std::optional<std::string> bundleIdentifier{};
-  double value = 0;  // time-weighted average: cores for cpu, bytes for memory
+  double value = 0;  // time-weighted average: cores, bytes, or bytes per second for disk
   friend bool operator==(const MinuteAppRow&, const MinuteAppRow&) = default;
 };
 

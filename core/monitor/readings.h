@@ -27,8 +27,12 @@ struct ProcessSample {
   std::int32_t pid = 0;
   std::int32_t parentPid = 0;  // 0 when unknown; changes when the parent goes away
   std::string name{};
-  std::string path{};  // executable; empty when unknown or not ours to read
+  // The executable: its exe link, or, when that is not ours to read (another user's process),
+  // the file its command line names. Empty when unknown.
+  std::string path{};
   std::uint64_t footprintBytes = 0;
+  // Counted once across processes: the work of a child it reaped that no reading had counted,
+  // and a newborn descendant's work from before its first reading, are in these counters.
   std::uint64_t cpuTimeNanos = 0;
   std::uint64_t diskReadBytes = 0;
   std::uint64_t diskWriteBytes = 0;

@@ -72,7 +72,9 @@ DiskReading diskReading(const SystemSample& older, const SystemSample& newer, do
   return disk;
 }
 
-// Rates need the same program in both readings: a pid whose executable changed was reused.
+// Rates need the same process in both readings: a pid whose executable or start time changed
+// was reused. The same program started again under a recycled pid (a compiler, run once per
+// file) would otherwise be rated against its predecessor's counters.
 std::vector<ProcessUsage> processUsages(const SystemSample& older, const SystemSample& newer,
                                         double interval) {
   // Sorted by pid, equal pids in listing order, so the first entry for a pid is found first.
@@ -91,7 +93,8 @@ std::vector<ProcessUsage> processUsages(const SystemSample& older, const SystemS
   for (const ProcessSample& process : newer.processes) {
     ProcessUsage usage{.sample = &process};
     const ProcessSample* found = previousOf(process.pid);
-    if (found != nullptr && found->path == process.path) {
+    if (found != nullptr && found->path == process.path &&
+        found->startTime == process.startTime) {
       const ProcessSample& old = *found;
       const double read = perSecond(increase(process.diskReadBytes, old.diskReadBytes), interval);
       const double write =

@@ -187,7 +187,9 @@ TEST(SnapshotBuilder, RatesNeedTheSameProgramUnderTheSamePid) {
       process(1, "/usr/bin/shadow", 0),  // a second entry for pid 1: the first one wins
       process(2, "/usr/bin/old", 5'000'000'000),
       process(3, "/usr/bin/shrinks", 9'000'000'000, 900, 900, 900),
+      process(5, "/usr/bin/cc1plus", 1'000'000'000),
   };
+  first.processes.back().startTime = 1500;
   (void)builder.ingest(first);
 
   SystemSample second = sampleAt(2);
@@ -196,10 +198,12 @@ TEST(SnapshotBuilder, RatesNeedTheSameProgramUnderTheSamePid) {
       process(2, "/usr/bin/new", 9'000'000'000),  // pid reused by another program
       process(3, "/usr/bin/shrinks", 1, 1, 1, 1),
       process(4, "/usr/bin/newcomer", 7'000'000'000),
+      process(5, "/usr/bin/cc1plus", 3'000'000'000),  // the same program started again
   };
+  second.processes.back().startTime = 1501;
   const auto s = builder.ingest(second);
   ASSERT_TRUE(s.has_value());
-  ASSERT_EQ(s->apps.size(), 4u);
+  ASSERT_EQ(s->apps.size(), 5u);
 
   const AppUsage* busy = app(*s, "proc:busy");
   ASSERT_NE(busy, nullptr);
@@ -207,7 +211,7 @@ TEST(SnapshotBuilder, RatesNeedTheSameProgramUnderTheSamePid) {
   EXPECT_DOUBLE_EQ(busy->diskBytesPerSecond, 2000 + 1000);
   // One core, 2,500 wake-ups, 2 KB/s read and 1 KB/s written a second.
   EXPECT_NEAR(busy->energyImpact, 150.000114, 1e-9);
-  for (const char* id : {"proc:new", "proc:shrinks", "proc:newcomer"}) {
+  for (const char* id : {"proc:new", "proc:shrinks", "proc:newcomer", "proc:cc1plus"}) {
     SCOPED_TRACE(id);
     const AppUsage* other = app(*s, id);
     ASSERT_NE(other, nullptr);

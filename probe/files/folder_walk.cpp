@@ -197,7 +197,7 @@ namespace {
 // Removal that notes the first problem and goes on with the rest.
 class TreeRemoval {
  public:
-  explicit TreeRemoval(dev_t device) : device_(device) {}
+  TreeRemoval(dev_t device, const std::vector<FileIdentity>& kept) : device_(device), kept_(kept) {}
 
   WalkStep entry(int folderFd, const std::string& name, const std::string& path,
                  const struct stat& info) {
@@ -207,6 +207,10 @@ class TreeRemoval {
     }
     if (info.st_dev != device_ || isMountPoint(folderFd, name)) {
       note(mountInsideRefusal(path));
+      return WalkStep::skip;
+    }
+    if (std::ranges::find(kept_, FileIdentity::of(info)) != kept_.end()) {
+      note("It holds " + name + ", which Tovrin keeps safe");
       return WalkStep::skip;
     }
     openUp(folderFd, name, info);
@@ -265,6 +269,7 @@ class TreeRemoval {
 
  private:
   dev_t device_;
+  const std::vector<FileIdentity>& kept_;
   std::optional<std::string> problem_;
 };
 
@@ -275,7 +280,8 @@ std::unexpected<std::string> itemFailure(const char* operation, const std::strin
 
 }  // namespace
 
-std::expected<void, std::string> removeTree(int parentFd, const std::string& name) {
+std::expected<void, std::string> removeTree(int parentFd, const std::string& name,
+                                            const std::vector<FileIdentity>& kept) {
   struct stat info {};
   if (::fstatat(parentFd, name.c_str(), &info, AT_SYMLINK_NOFOLLOW) != 0) {
     if (errno == ENOENT) return {};
@@ -285,7 +291,7 @@ std::expected<void, std::string> removeTree(int parentFd, const std::string& nam
   if (S_ISDIR(info.st_mode) && isMountPoint(parentFd, name)) {
     return std::unexpected(std::string(mountPointRefusal));
   }
-  TreeRemoval removal(info.st_dev);
+  TreeRemoval removal(info.st_dev, kept);
   if (!S_ISDIR(info.st_mode)) {
     removal.unlinkIn(parentFd, name, 0, name);
   } else {

@@ -10,8 +10,10 @@
 #include <functional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "probe/file_descriptor.h"
+#include "probe/files/file_identity.h"
 #include "probe/system_error.h"
 
 namespace pellwin {
@@ -53,6 +55,9 @@ struct FolderWalkVisitor {
 // user owns that lack write or search permission are opened up first, so that read-only caches can
 // go. Whatever can be removed is; the first problem comes back as a sentence. An entry that is
 // already gone is a success.
-[[nodiscard]] std::expected<void, std::string> removeTree(int parentFd, const std::string& name);
+// A folder inside that is one of `kept` (moved in by someone meanwhile) stays, with the folders
+// around it, and is named in the problem.
+[[nodiscard]] std::expected<void, std::string> removeTree(
+    int parentFd, const std::string& name, const std::vector<FileIdentity>& kept = {});
 
 }  // namespace pellwin

@@ -12,6 +12,7 @@
 #include <tuple>
 #include <utility>
 
+#include "probe/exclusive_file.h"
 #include "probe/files/folder_size.h"
 #include "probe/files/folder_walk.h"
 #include "probe/files/mount_point.h"
@@ -23,6 +24,7 @@ namespace {
 
 constexpr std::string_view infoExtension = ".trashinfo";
 constexpr std::string_view sizesFile = "directorysizes";
+constexpr const char* changedMeanwhile = "It changed while Tovrin was moving it";
 
 std::string parentOf(const std::string& path) {
   const std::size_t slash = path.rfind('/');
@@ -125,17 +127,6 @@ std::string localNow() {
   return TrashInfo::deletionDate(local);
 }
 
-bool writeAll(int fd, const std::string& text) {
-  std::size_t done = 0;
-  while (done < text.size()) {
-    const ssize_t written = ::write(fd, text.data() + done, text.size() - done);
-    if (written < 0 && errno == EINTR) continue;
-    if (written <= 0) return false;
-    done += static_cast<std::size_t>(written);
-  }
-  return true;
-}
-
 std::string readAll(int folderFd, const char* name) {
   FileDescriptor fd(::openat(folderFd, name, O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
   std::string text;
@@ -148,19 +139,16 @@ std::string readAll(int folderFd, const char* name) {
 }
 
 // directorysizes is replaced through a temporary file and rename, so readers never see half.
-void rewriteSizes(int trashFd, const std::vector<TrashInfo::DirectorySize>& sizes) {
+void rewriteSizes(int trashFd, const std::string& trashPath,
+                  const std::vector<TrashInfo::DirectorySize>& sizes) {
   if (sizes.empty()) {
     ::unlinkat(trashFd, std::string(sizesFile).c_str(), 0);
     return;
   }
-  const std::string temporary = ".directorysizes." + std::to_string(::getpid());
-  FileDescriptor fd(::openat(trashFd, temporary.c_str(),
-                             O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, 0600));
-  if (!fd.valid()) return;
-  if (!writeAll(fd.get(), TrashInfo::formatDirectorySizes(sizes)) ||
-      ::renameat(trashFd, temporary.c_str(), trashFd, std::string(sizesFile).c_str()) != 0) {
-    ::unlinkat(trashFd, temporary.c_str(), 0);
-  }
+  // The cache of folder sizes is a convenience for file managers: failing to write it loses
+  // nothing, so the item's own move stands.
+  std::ignore = replaceFileAt(trashFd, std::string(sizesFile),
+                              TrashInfo::formatDirectorySizes(sizes), 0600, trashPath);
 }
 
 void recordFolderSize(const OpenTrash& trash, const std::string& name) {
@@ -173,7 +161,7 @@ void recordFolderSize(const OpenTrash& trash, const std::string& name) {
   sizes.push_back({.bytes = FolderSize::allocatedBytes(trash.path + "/files/" + name),
                    .infoModified = static_cast<std::int64_t>(info.st_mtime),
                    .name = name});
-  rewriteSizes(trash.folder.get(), sizes);
+  rewriteSizes(trash.folder.get(), trash.path, sizes);
 }
 
 // The item being moved: the open folder it is in, its name there, its whole path and what
@@ -236,7 +224,7 @@ std::expected<std::string, SystemError> placeInTrash(const OpenTrash& trash, con
       if (errno == EEXIST) continue;
       return std::unexpected(SystemError::fromErrno("create", infoFile));
     }
-    const bool written = writeAll(info.get(), infoText);
+    const bool written = writeAll(info.get(), infoText, infoFile).has_value();
     const int closed = ::close(info.release());
     if (!written || closed != 0) {
       ::unlinkat(trash.info.get(), infoName.c_str(), 0);
@@ -291,7 +279,7 @@ std::string FreedesktopTrash::mountTop(const std::string& path) {
 }
 
 std::expected<FreedesktopTrash::Entry, std::string> FreedesktopTrash::moveToTrash(
-    const std::string& path) const {
+    const std::string& path, std::optional<FileIdentity> expected) const {
   if (path.empty() || path.front() != '/' || path == "/")
     return itemFailure({.operation = "trash", .path = path, .code = EINVAL});
   // Trashing the trash, or a folder around it, would lose track of everything in it.
@@ -315,6 +303,10 @@ std::expected<FreedesktopTrash::Entry, std::string> FreedesktopTrash::moveToTras
     return std::unexpected(std::string("It's a shortcut to somewhere else"));
   if (S_ISDIR(item.info.st_mode) && isMountPoint(item.parentFd, item.name))
     return std::unexpected(std::string(mountPointRefusal));
+  if (expected && (static_cast<std::uint64_t>(item.info.st_dev) != expected->device ||
+                   static_cast<std::uint64_t>(item.info.st_ino) != expected->inode)) {
+    return std::unexpected(std::string(changedMeanwhile));
+  }
 
   const std::string date = localNow();
   const auto intoVolumeTrash = [&]() -> std::expected<Entry, std::string> {
@@ -375,9 +367,46 @@ std::vector<FreedesktopTrash::Entry> FreedesktopTrash::entries(const std::string
   return found;
 }
 
+namespace {
+
+// Drops the entry's line from the trash's size cache, when it has one.
+void forgetSize(int trashFd, const FreedesktopTrash::Entry& entry) {
+  auto sizes = TrashInfo::parseDirectorySizes(readAll(trashFd, std::string(sizesFile).c_str()));
+  if (std::erase_if(sizes, [&](const auto& line) { return line.name == entry.name; }) > 0) {
+    rewriteSizes(trashFd, entry.trashDirectory, sizes);
+  }
+}
+
+bool isPlainName(const std::string& name) {
+  return !name.empty() && name.find('/') == std::string::npos && name != "." && name != "..";
+}
+
+}  // namespace
+
+std::expected<void, std::string> FreedesktopTrash::putBack(const Entry& entry) {
+  if (!isPlainName(entry.name) || entry.originalPath.empty() || entry.originalPath == "/") {
+    return itemFailure({.operation = "rename", .path = entry.name, .code = EINVAL});
+  }
+  FileDescriptor trash(::open(entry.trashDirectory.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+  if (!trash.valid()) return itemFailure(SystemError::fromErrno("open", entry.trashDirectory));
+  FileDescriptor files(
+      ::openat(trash.get(), "files", O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+  if (!files.valid()) return itemFailure(SystemError::fromErrno("open", entry.trashDirectory));
+  auto parent = openFolderWithoutLinks(parentOf(entry.originalPath), O_PATH);
+  if (!parent) return itemFailure(parent.error());
+  const std::string name = nameOf(entry.originalPath);
+  if (::renameat2(files.get(), entry.name.c_str(), parent->get(), name.c_str(), RENAME_NOREPLACE) !=
+      0) {
+    return itemFailure(SystemError::fromErrno("rename", entry.originalPath));
+  }
+  const std::string infoName = "info/" + entry.name + std::string(infoExtension);
+  ::unlinkat(trash.get(), infoName.c_str(), 0);
+  forgetSize(trash.get(), entry);
+  return {};
+}
+
 std::expected<void, std::string> FreedesktopTrash::erase(const Entry& entry) {
-  if (entry.name.empty() || entry.name.find('/') != std::string::npos || entry.name == "." ||
-      entry.name == "..") {
+  if (!isPlainName(entry.name)) {
     return itemFailure({.operation = "unlink", .path = entry.name, .code = EINVAL});
   }
   FileDescriptor trash(::open(entry.trashDirectory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
@@ -396,10 +425,7 @@ std::expected<void, std::string> FreedesktopTrash::erase(const Entry& entry) {
     return itemFailure(
         {.operation = "unlink", .path = entry.trashDirectory + "/" + infoName, .code = code});
   }
-  auto sizes = TrashInfo::parseDirectorySizes(readAll(trash.get(), std::string(sizesFile).c_str()));
-  if (std::erase_if(sizes, [&](const auto& line) { return line.name == entry.name; }) > 0) {
-    rewriteSizes(trash.get(), sizes);
-  }
+  forgetSize(trash.get(), entry);
   return {};
 }
 

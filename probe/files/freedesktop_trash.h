@@ -8,9 +8,13 @@
 
 #include <sys/types.h>
 
+#include <cstdint>
 #include <expected>
+#include <optional>
 #include <string>
 #include <vector>
+
+#include "probe/files/file_identity.h"
 
 namespace pellwin {
 
@@ -31,8 +35,14 @@ class FreedesktopTrash {
 
   // Moves the item at `path` into the trash of its volume, creating that trash when missing.
   // `path` must be absolute with no symbolic link anywhere in it (as realpath gives); the open
-  // fails otherwise. The item itself must not be a link. Errors are sentences for the user.
-  [[nodiscard]] std::expected<Entry, std::string> moveToTrash(const std::string& path) const;
+  // fails otherwise. The item itself must not be a link, nor a mount point, and when `expected`
+  // is given it must still be that file. Errors are sentences for the user.
+  [[nodiscard]] std::expected<Entry, std::string> moveToTrash(
+      const std::string& path, std::optional<FileIdentity> expected = std::nullopt) const;
+
+  // Undoes a move: the entry's item goes back to its original path (whose folders must hold no
+  // link), never replacing anything there, and the entry's info file and size line go.
+  [[nodiscard]] static std::expected<void, std::string> putBack(const Entry& entry);
 
   // The entries of one trash directory, read from its info files, in no particular order.
   [[nodiscard]] static std::vector<Entry> entries(const std::string& trashDirectory);

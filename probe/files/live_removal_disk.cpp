@@ -11,13 +11,20 @@
 
 namespace pellwin {
 
+namespace {
+
+FileIdentity identityOf(const struct stat& info) { return FileIdentity::of(info); }
+
+}  // namespace
+
 std::expected<RemovalDisk::Entry, SystemError> LiveRemovalDisk::inspect(const std::string& path) {
   struct stat info {};
   if (::lstat(path.c_str(), &info) != 0)
     return std::unexpected(SystemError::fromErrno("lstat", path));
   return Entry{.isSymlink = S_ISLNK(info.st_mode),
                .isDirectory = S_ISDIR(info.st_mode),
-               .isMountPoint = S_ISDIR(info.st_mode) && isMountPoint(path)};
+               .isMountPoint = S_ISDIR(info.st_mode) && isMountPoint(path),
+               .identity = identityOf(info)};
 }
 
 std::optional<std::string> LiveRemovalDisk::resolve(const std::string& path) {
@@ -46,7 +53,8 @@ std::expected<std::optional<RemovalDisk::Subfolder>, SystemError> LiveRemovalDis
             Subfolder subfolder{
                 .path = base + relative,
                 .name = name,
-                .isMountPoint = info.st_dev != rootInfo.st_dev || isMountPoint(folderFd, name)};
+                .isMountPoint = info.st_dev != rootInfo.st_dev || isMountPoint(folderFd, name),
+                .identity = identityOf(info)};
             if (isProtected(subfolder)) {
               found = std::move(subfolder);
               return WalkStep::stop;
@@ -64,13 +72,32 @@ std::expected<std::optional<RemovalDisk::Subfolder>, SystemError> LiveRemovalDis
   return found;
 }
 
-std::expected<void, std::string> LiveRemovalDisk::moveToTrash(const std::string& path) {
-  auto moved = trash_.moveToTrash(path);
+std::expected<std::string, std::string> LiveRemovalDisk::moveToTrash(const std::string& path,
+                                                                     const Identity& expected) {
+  auto moved = trash_.moveToTrash(path, expected);
   if (!moved) return std::unexpected(moved.error());
-  return {};
+  // The data home may be reached through a link; what is searched after the move must not be.
+  const std::string trash = resolve(moved->trashDirectory).value_or(moved->trashDirectory);
+  return trash + "/files/" + moved->name;
 }
 
-std::expected<void, std::string> LiveRemovalDisk::removeForGood(const std::string& path) {
+std::expected<void, std::string> LiveRemovalDisk::putBack(const std::string& trashed,
+                                                          const std::string& path) {
+  const std::size_t slash = trashed.rfind('/');
+  const std::string files = trashed.substr(0, slash == std::string::npos ? 0 : slash);
+  if (slash == std::string::npos || !files.ends_with("/files")) {
+    return std::unexpected(
+        sentence({.operation = "rename", .path = trashed, .code = EINVAL}, ErrorWording::reason));
+  }
+  return FreedesktopTrash::putBack({.trashDirectory = files.substr(0, files.size() - 6),
+                                    .name = trashed.substr(slash + 1),
+                                    .originalPath = path,
+                                    .deletionDate = {}});
+}
+
+std::expected<void, std::string> LiveRemovalDisk::removeForGood(const std::string& path,
+                                                                const Identity& expected,
+                                                                const std::vector<Identity>& kept) {
   const std::size_t slash = path.rfind('/');
   if (path.empty() || path.front() != '/' || slash + 1 >= path.size()) {
     return std::unexpected(
@@ -78,7 +105,13 @@ std::expected<void, std::string> LiveRemovalDisk::removeForGood(const std::strin
   }
   auto parent = openFolderWithoutLinks(slash == 0 ? "/" : path.substr(0, slash), O_PATH);
   if (!parent) return std::unexpected(sentence(parent.error(), ErrorWording::reason));
-  return removeTree(parent->get(), path.substr(slash + 1));
+  const std::string name = path.substr(slash + 1);
+  struct stat info {};
+  if (::fstatat(parent->get(), name.c_str(), &info, AT_SYMLINK_NOFOLLOW) == 0 &&
+      identityOf(info) != expected) {
+    return std::unexpected(std::string("It changed while Tovrin was removing it"));
+  }
+  return removeTree(parent->get(), name, kept);
 }
 
 }  // namespace pellwin

@@ -16,8 +16,13 @@ class LiveRemovalDisk final : public RemovalDisk {
   [[nodiscard]] std::optional<std::string> resolve(const std::string& path) override;
   [[nodiscard]] std::expected<std::optional<Subfolder>, SystemError> findSubfolder(
       const std::string& folder, const std::function<bool(const Subfolder&)>& isProtected) override;
-  [[nodiscard]] std::expected<void, std::string> moveToTrash(const std::string& path) override;
-  [[nodiscard]] std::expected<void, std::string> removeForGood(const std::string& path) override;
+  [[nodiscard]] std::expected<std::string, std::string> moveToTrash(
+      const std::string& path, const Identity& expected) override;
+  [[nodiscard]] std::expected<void, std::string> putBack(const std::string& trashed,
+                                                         const std::string& path) override;
+  [[nodiscard]] std::expected<void, std::string> removeForGood(
+      const std::string& path, const Identity& expected,
+      const std::vector<Identity>& kept) override;
 
  private:
   FreedesktopTrash trash_;

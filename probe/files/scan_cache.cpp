@@ -9,6 +9,7 @@
 #include <iterator>
 #include <nlohmann/json.hpp>
 
+#include "core/base/checked_math.h"
 #include "probe/files/folder_walk.h"
 #include "probe/files/json_tree_reader.h"
 #include "probe/files/size_node_json.h"
@@ -30,14 +31,40 @@ std::string CachedScan::encode() const {
   return out;
 }
 
+namespace {
+
+// Every folder at least as large as what it holds, with no sum past 64 bits: the removal code
+// subtracts a child from its ancestors and treats going below zero as a fatal error, so a
+// cache that breaks this must never load.
+bool sizesAddUp(const SizeNode& tree) {
+  bool consistent = true;
+  tree.forEach([&](const SizeNode& node) {
+    if (!consistent) return;
+    if (node.restCount < 0 || (!node.isDirectory && !node.children.empty())) {
+      consistent = false;
+      return;
+    }
+    std::optional<std::uint64_t> held = node.restBytes;
+    for (const SizeNode& child : node.children) {
+      if (held) held = checkedSum(*held, child.bytes);
+    }
+    consistent = held && *held <= node.bytes;
+  });
+  return consistent;
+}
+
+}  // namespace
+
 std::optional<CachedScan> CachedScan::decode(std::string_view json) {
   JSONTreeReader reader(JSONTreeReader::Shape::cachedScan);
   if (!nlohmann::json::sax_parse(json, &reader) || !reader.finished()) return std::nullopt;
   if (reader.version != currentVersion) return std::nullopt;
   const auto access = FullDiskAccess::stateFromRawValue(*reader.access);
   if (!access) return std::nullopt;
+  SizeNode tree = reader.takeTree();
+  if (!sizesAddUp(tree)) return std::nullopt;
   return CachedScan{.version = *reader.version,
-                    .tree = reader.takeTree(),
+                    .tree = std::move(tree),
                     .scannedAt = *reader.scannedAt + SizeNodeJSON::referenceDateOffset,
                     .root = reader.rootBytes ? *reader.rootBytes : *reader.root,
                     .access = *access};

@@ -107,6 +107,16 @@ TEST(ScanCache, RejectsWhatItCannotTrust) {
       {"not JSON", "space map"},
       {"empty", ""},
       {"bad hex", replaced("\"name\":\"ann\"", "\"name\":\"ann\",\"nameBytes\":\"zz\"")},
+      {"a file larger than its folder holds", replaced("\"bytes\":8000000", "\"bytes\":8000002")},
+      {"a remainder larger than its folder",
+       replaced("\"restBytes\":999999", "\"restBytes\":1000001")},
+      {"children summing past 64 bits",
+       replaced("\"bytes\":9000000", "\"bytes\":18446744073709551615")},
+      {"a file with children", replaced("\"children\":[]",
+                                        "\"children\":[{\"name\":\"x\",\"path\":\"x\","
+                                        "\"bytes\":1,\"isDirectory\":false,\"children\":[],"
+                                        "\"restBytes\":0,\"restCount\":0,\"isLocked\":false,"
+                                        "\"category\":\"other\"}]")},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.why);
@@ -146,7 +156,7 @@ TEST(ScanCache, SavesAtomicallyAndLoadsBack) {
   CachedScan first = sampleScan();
   ASSERT_TRUE(cache.save(first).has_value());
   CachedScan second = first;
-  second.tree.bytes = 42;
+  second.tree.restBytes = 42;  // a tree whose sizes still add up
   ASSERT_TRUE(cache.save(second).has_value());
   EXPECT_EQ(cache.load(), second);
   std::vector<std::string> files;

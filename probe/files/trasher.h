@@ -34,16 +34,38 @@ class Trasher {
   [[nodiscard]] std::vector<TrashResult> perform(const std::vector<TrashItem>& items,
                                                  CleanAction action) const;
 
+  // The reason the rules alone (no look at the disk) refuse `action` on `path`: the removal
+  // rules, and for deleting for good the cleanable test. What a plan may offer.
+  [[nodiscard]] std::optional<std::string> ruleRefusal(const std::string& path,
+                                                       CleanAction action) const;
+
   [[nodiscard]] const std::string& home() const { return home_; }
   [[nodiscard]] const std::string& resolvedHome() const { return resolvedHome_; }
   [[nodiscard]] const RemovalGuards& guards() const { return guards_; }
 
  private:
-  [[nodiscard]] TrashResult act(const TrashItem& item, CleanAction action) const;
-  // Why the folder may not go, from the first folder inside that must stay (protected, or a
-  // mount point), or nothing; an error when the folder could not be searched.
+  [[nodiscard]] TrashResult act(const TrashItem& item, CleanAction action,
+                                const std::vector<RemovalDisk::Identity>& guarded) const;
+  // The files of the guarded folders as they are now (the kept ones, the main folders, the
+  // security-key folders), so that one moved elsewhere is still known.
+  [[nodiscard]] std::vector<RemovalDisk::Identity> guardedIdentities() const;
+  // The reason the item at `path` (lstat `entry`, realpath `resolved`) may not go, if any.
+  [[nodiscard]] std::optional<std::string> refusalOnDisk(
+      const std::string& path, const RemovalDisk::Entry& entry, const std::string& resolved,
+      const std::vector<RemovalDisk::Identity>& guarded, CleanAction action) const;
+  // Why the folder may not go, from the first folder inside that must stay (a mount point, a
+  // guarded folder and, with `byPath`, one the rules refuse by its path), or nothing; an error
+  // when the folder could not be searched.
   [[nodiscard]] std::expected<std::optional<std::string>, SystemError> hazardInside(
-      const std::string& resolvedFolder) const;
+      const std::string& folder, const std::vector<RemovalDisk::Identity>& guarded,
+      bool byPath) const;
+  // After a move to the Trash: why what arrived there is not what was checked, or nothing.
+  [[nodiscard]] std::optional<std::string> checkMoved(
+      const std::string& trashed, const RemovalDisk::Entry& checked,
+      const std::vector<RemovalDisk::Identity>& guarded) const;
+  // The path with home's spelling replaced by its resolved one: how the item is reached with
+  // no link below home.
+  [[nodiscard]] std::string physicalSpelling(const std::string& path) const;
   // Whether the folder catalog lets the path be deleted for good, in its standard place.
   [[nodiscard]] bool isCleanable(const std::string& path) const;
   // A resolved path inside the resolved home, spelled from `home` so the rules recognise it.
@@ -54,6 +76,7 @@ class Trasher {
   RemovalGuards guards_;
   RemovalGuards checkedGuards_;  // the guards and their resolved spellings
   std::vector<MovedFolder> movedBases_;
+  std::vector<RemovalDisk::Identity> knownGuarded_;  // as they were when the trasher was made
   RemovalDisk& disk_;
 };
 

@@ -27,21 +27,29 @@ class FakeDisk final : public RemovalDisk {
   std::map<std::string, Node> nodes;
   std::map<std::string, std::vector<Subfolder>> below;
   std::vector<std::string> acted;
+  std::map<std::string, Identity> trashed;  // where moveToTrash put each item
   bool failing = false;
+  std::uint64_t lastInode = 0;
 
   void folder(const std::string& path, std::vector<Subfolder> inside = {}) {
-    nodes[path] = {.entry = {.isSymlink = false, .isDirectory = true}, .resolved = path};
+    nodes[path] = {.entry = {.isSymlink = false, .isDirectory = true, .identity = next()},
+                   .resolved = path};
     below[path] = std::move(inside);
   }
   void file(const std::string& path, std::optional<std::string> resolved = std::nullopt) {
-    nodes[path] = {.entry = {.isSymlink = false, .isDirectory = false},
+    nodes[path] = {.entry = {.isSymlink = false, .isDirectory = false, .identity = next()},
                    .resolved = resolved ? resolved : path};
   }
   void link(const std::string& path, const std::string& target) {
-    nodes[path] = {.entry = {.isSymlink = true, .isDirectory = false}, .resolved = target};
+    nodes[path] = {.entry = {.isSymlink = true, .isDirectory = false, .identity = next()},
+                   .resolved = target};
   }
+  Identity next() { return {.device = 1, .inode = ++lastInode}; }
 
   std::expected<Entry, SystemError> inspect(const std::string& path) override {
+    if (const auto moved = trashed.find(path); moved != trashed.end()) {
+      return Entry{.identity = moved->second};
+    }
     const auto it = nodes.find(path);
     if (it == nodes.end()) {
       return std::unexpected(SystemError{.operation = "lstat", .path = path, .code = ENOENT});
@@ -62,12 +70,21 @@ class FakeDisk final : public RemovalDisk {
     }
     return std::nullopt;
   }
-  std::expected<void, std::string> moveToTrash(const std::string& path) override {
+  std::expected<std::string, std::string> moveToTrash(const std::string& path,
+                                                      const Identity& expected) override {
     acted.push_back("trash " + path);
     if (failing) return std::unexpected(std::string("Permission denied"));
+    trashed["/trash/files" + path] = expected;
+    return "/trash/files" + path;
+  }
+  std::expected<void, std::string> putBack(const std::string& from,
+                                           const std::string& path) override {
+    acted.push_back("put back " + path);
+    trashed.erase(from);
     return {};
   }
-  std::expected<void, std::string> removeForGood(const std::string& path) override {
+  std::expected<void, std::string> removeForGood(const std::string& path, const Identity&,
+                                                 const std::vector<Identity>&) override {
     acted.push_back("delete " + path);
     if (failing) return std::unexpected(std::string("Read-only file system"));
     return {};
@@ -293,6 +310,43 @@ TEST(Trasher, OnTheLiveDiskMovesWhatIsAllowedAndTrashCliSeesIt) {
   EXPECT_FALSE(fs::exists(scratch.home + "/.cache/tool"));
   const std::string listing = scratch.run("trash-list");
   EXPECT_NE(listing.find(" " + scratch.home + "/projects/old\n"), std::string::npos) << listing;
+}
+
+// HOME through a link and XDG_DATA_HOME by the real path, and the other way round: the data
+// folder stays protected in every spelling.
+TEST(Trasher, GuardsTheDataFolderHoweverHomeAndTheDataHomeAreSpelled) {
+  namespace fs = std::filesystem;
+  testing::ScratchFolder scratch;
+  const std::string base = fs::canonical(scratch.path()).string();
+  scratch.write("real/ann/.local/share/Tovrin/history.sqlite", "history");
+  scratch.write("real/ann/notes/old.txt", "old");
+  fs::create_directory_symlink(base + "/real/ann", base + "/ann");
+  const struct {
+    const char* why;
+    std::string home;
+    std::string dataHome;
+  } cases[] = {
+      {"home through a link", base + "/ann", base + "/real/ann/.local/share"},
+      {"data home through a link", base + "/real/ann", base + "/ann/.local/share"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.why);
+    LiveRemovalDisk disk(FreedesktopTrash(c.dataHome, ::getuid()));
+    const Trasher trasher(c.home, {.kept = DataFolder::protectedPaths(c.home, c.dataHome)}, disk);
+    for (const std::string& spelledHome : {base + "/ann", base + "/real/ann"}) {
+      SCOPED_TRACE(spelledHome);
+      const auto results = trasher.trash({{.path = spelledHome + "/.local/share/Tovrin"},
+                                          {.path = spelledHome + "/.local/share"},
+                                          {.path = spelledHome + "/.local"}});
+      // Spelled through a link home does not go through, it is outside home; else guarded.
+      EXPECT_EQ(results[0].reason, spelledHome == c.home || c.home == base + "/ann"
+                                       ? "Tovrin needs it to run"
+                                       : "It's outside your home folder");
+      EXPECT_EQ(results[1].outcome, Outcome::refused);
+      EXPECT_EQ(results[2].outcome, Outcome::refused);
+    }
+    EXPECT_EQ(testing::fileBytes(base + "/real/ann/.local/share/Tovrin/history.sqlite"), "history");
+  }
 }
 
 }  // namespace

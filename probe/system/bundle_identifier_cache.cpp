@@ -211,7 +211,7 @@ std::optional<AppIdentity> BundleIdentifierCache::resolve(const ProcessFacts& fa
       if (const auto* entry = index_->byName(id)) return identityOf(*entry);
     }
   }
-  return std::nullopt;
+  return facts.parentApp;
 }
 
 }  // namespace pellwin

@@ -1,8 +1,8 @@
 // Which desktop app a process belongs to: the Linux counterpart of an app bundle and its
 // identifier. Answers from the process's sandbox (Flatpak, Snap, AppImage), its executable
-// matched against the desktop entries, and the systemd unit of its cgroup, in that order; a
-// program with a controlling terminal, or in a terminal's or login session's scope, is a
-// command-line program and belongs to no app.
+// matched against the desktop entries, the systemd unit of its cgroup and the app of its
+// parent, in that order; a program with a controlling terminal, or in a terminal's or login
+// session's scope, is a command-line program and belongs to no app.
 //
 // Thread-safe: every call takes the cache's lock, because the app grouping may ask from
 // another thread than the sampler. The desktop entries are indexed on first use and again
@@ -33,6 +33,9 @@ struct ProcessFacts {
   std::string cgroup;     // the systemd path of its cgroup
   std::string flatpakId;  // from the sandbox's .flatpak-info
   std::string appImage;   // the APPIMAGE file it runs from
+  // The app of the process that started it: a helper with nothing of its own to tell belongs
+  // to the app that started it.
+  std::optional<AppIdentity> parentApp{};
   friend bool operator==(const ProcessFacts&, const ProcessFacts&) = default;
 };
 

@@ -166,6 +166,21 @@ TEST(BundleIdentifierCache, NamesTheAppOfEachKindOfProcess) {
       {"an unresolvable app scope",
        {.executable = "/usr/bin/tool", .cgroup = "/user.slice/app-gnome-unknown-1.scope"},
        "(none)"},
+      {"a helper of an app, with nothing of its own to tell",
+       {.executable = "/usr/bin/tool", .parentApp = AppIdentity{.id = "code"}},
+       "code"},
+      {"a helper that is an app of its own",
+       {.executable = desktop.at("usr/lib/chromium/chromium"),
+        .parentApp = AppIdentity{.id = "code"}},
+       "chromium"},
+      {"a helper in another app's scope",
+       {.executable = "/usr/bin/tool", .cgroup = appScope, .parentApp = AppIdentity{.id = "x"}},
+       "code"},
+      {"a terminal's shell is never its terminal's helper",
+       {.executable = "/bin/bash",
+        .controllingTerminal = true,
+        .parentApp = AppIdentity{.id = "org.gnome.Terminal"}},
+       "(none)"},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.why);

@@ -37,6 +37,8 @@ std::optional<ProcessStat> parseProcessStat(std::string_view text) {
       case 12: stat.majorFaults = parseUnsigned(word).value_or(0); break;
       case 14: stat.userTicks = parseUnsigned(word).value_or(0); break;
       case 15: stat.systemTicks = parseUnsigned(word).value_or(0); break;
+      case 16: stat.childUserTicks = parseUnsigned(word).value_or(0); break;
+      case 17: stat.childSystemTicks = parseUnsigned(word).value_or(0); break;
       case 20: stat.threads = parseUnsigned(word).value_or(0); break;
       case 22: stat.startTicks = parseUnsigned(word).value_or(0); break;
       default: break;
@@ -96,6 +98,25 @@ ProcessIO parseProcessIO(std::string_view text) {
       io.writeBytes = parseUnsigned(value).value_or(0);
   });
   return io;
+}
+
+std::optional<std::uint64_t> parseUptimeTicks(std::string_view text,
+                                             std::uint64_t ticksPerSecond) {
+  const std::string_view field = nextWord(text);
+  const auto dot = field.find('.');
+  const auto whole = parseUnsigned(field.substr(0, dot));
+  if (!whole) return std::nullopt;
+  std::uint64_t fraction = 0, scale = 1;
+  if (dot != std::string_view::npos) {
+    const std::string_view digits = field.substr(dot + 1).substr(0, 6);
+    const auto value = parseUnsigned(digits);
+    if (!value) return std::nullopt;
+    fraction = *value;
+    for (std::size_t i = 0; i < digits.size(); ++i) scale *= 10;
+  }
+  const auto ticks = checkedProduct(*whole, ticksPerSecond);
+  if (!ticks) return std::nullopt;
+  return checkedSum(*ticks, fraction * ticksPerSecond / scale);
 }
 
 std::vector<std::string> parseCommandLine(std::string_view text) {

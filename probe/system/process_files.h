@@ -24,6 +24,10 @@ struct ProcessStat {
   std::uint64_t majorFaults = 0;  // majflt
   std::uint64_t userTicks = 0;    // utime
   std::uint64_t systemTicks = 0;  // stime
+  // cutime + cstime: the CPU time of waited-for children, and of everything they waited for,
+  // added by the kernel when each was reaped (kernel/exit.c, wait_task_zombie).
+  std::uint64_t childUserTicks = 0;
+  std::uint64_t childSystemTicks = 0;
   std::uint64_t threads = 0;      // num_threads
   std::uint64_t startTicks = 0;   // starttime: clock ticks after boot
 };
@@ -54,6 +58,11 @@ struct ProcessIO {
 };
 
 [[nodiscard]] ProcessIO parseProcessIO(std::string_view text);
+
+// The first field of /proc/uptime ("350735.47 234388.90"), seconds since boot on the clock that
+// stat's starttime counts, in ticks of `ticksPerSecond`. Absent when malformed.
+[[nodiscard]] std::optional<std::uint64_t> parseUptimeTicks(std::string_view text,
+                                                           std::uint64_t ticksPerSecond);
 
 // The NUL-separated arguments of /proc/PID/cmdline. A program that rewrote its title into one
 // space-separated string gives one argument; a zombie or kernel thread gives none.

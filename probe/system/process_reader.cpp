@@ -16,6 +16,7 @@
 #include "probe/key_value_text.h"
 #include "probe/proc_file.h"
 #include "probe/system/cgroup_unit.h"
+#include "probe/system/command_program.h"
 #include "probe/system/cpu_reader.h"
 #include "probe/text_number.h"
 
@@ -57,13 +58,25 @@ std::string withoutDeletedMark(std::string path) {
 
 bool isMemoryFile(std::string_view path) { return path.starts_with("/memfd:"); }
 
+// How far up a parent chain the reader looks; real trees are a dozen deep.
+constexpr int maxAncestors = 64;
+
+// Init waits for every orphan of the machine; what they did is none of its own work.
+constexpr std::int32_t initPid = 1;
+
+bool sameApp(const std::optional<AppIdentity>& a, const std::optional<AppIdentity>& b) {
+  return a.has_value() == b.has_value() && (!a || a->id == b->id);
+}
+
 }  // namespace
 
 ProcessReader::ProcessReader(std::filesystem::path procRoot, std::uint64_t ticksPerSecond,
-                             BundleIdentifierCache* apps)
+                             BundleIdentifierCache* apps,
+                             std::vector<std::filesystem::path> searchPath)
     : procRoot_(std::move(procRoot)),
       ticksPerSecond_(ticksPerSecond > 0 ? ticksPerSecond : clockTicksPerSecond()),
-      apps_(apps) {}
+      apps_(apps),
+      searchPath_(std::move(searchPath)) {}
 
 const char* ProcessReader::pidPath(std::int32_t pid, const char* file) {
   char* const end = pathBuffer_ + sizeof pathBuffer_;
@@ -88,9 +101,15 @@ std::vector<ProcessSample> ProcessReader::read(double now) {
   now_ = now;
   const std::uint64_t generation = apps_ ? apps_->generation(now) : 0;
   std::vector<ProcessSample> samples;
+  std::optional<std::uint64_t> uptime;
+  firstRead_.clear();
   const Directory dir(::opendir(procRoot_.c_str()));
   if (dir) {
     const int procFd = ::dirfd(dir.get());
+    // Before the listing, so that a process missing from it started after this uptime.
+    if (const auto text = readFileAt(procFd, "uptime", otherBuffer_, ReadExtent::oneRecord)) {
+      uptime = parseUptimeTicks(*text, ticksPerSecond_);
+    }
     listProcesses(dir.get());
     samples.reserve(pids_.size());
     for (const auto& [pid, known] : pids_) {
@@ -105,22 +124,32 @@ std::vector<ProcessSample> ProcessReader::read(double now) {
         usage = readUsage(procFd, pid);
         if (!usage) continue;  // gone between stat and status
       }
+      tracked.inPreviousReading = tracked.seenRound != 0 && tracked.seenRound + 1 == round_;
       tracked.seenRound = round_;
       tracked.parent = stat->parent;
+      if (!tracked.counted) firstRead_.push_back(&tracked);
       if (apps_ && !tracked.facts.kernelThread) recheckApp(procFd, pid, generation, tracked);
       updateCounters(procFd, pid, *stat, usage, tracked);
 
+      tracked.sampleIndex = samples.size();
       ProcessSample& sample = samples.emplace_back(tracked.facts);
-      sample.footprintBytes = tracked.footprintBytes;
-      sample.cpuTimeNanos = ticksToNanos(tracked.cpuTicks, ticksPerSecond_);
-      sample.diskReadBytes = tracked.reportedRead;
-      sample.diskWriteBytes = tracked.reportedWrite;
-      sample.wakeups = tracked.reportedSwitches;
+      fillCounters(tracked, sample);
       sample.parentPid = stat->parent;
     }
+    adoptNewborns(samples);
   }
+  previousUptime_ = uptime;
   prune();
   return samples;
+}
+
+void ProcessReader::fillCounters(const Tracked& tracked, ProcessSample& sample) const {
+  const Work& work = tracked.work.reported();
+  sample.footprintBytes = tracked.footprintBytes;
+  sample.cpuTimeNanos = ticksToNanos(work.cpuTicks, ticksPerSecond_);
+  sample.diskReadBytes = work.readBytes;
+  sample.diskWriteBytes = work.writeBytes;
+  sample.wakeups = work.switches;
 }
 
 void ProcessReader::listProcesses(DIR* dir) {
@@ -144,12 +173,15 @@ void ProcessReader::listProcesses(DIR* dir) {
 
 bool ProcessReader::needsUsage(const ProcessStat& stat, const Tracked& tracked) const {
   // Memory, disk bytes and context switches change only while a process runs (swapping a
-  // page out moves it from RssAnon to VmSwap, leaving the footprint as it was). A process
-  // whose CPU time, page faults and thread count stand still, and that is not running now,
-  // keeps its last figures; stat's CPU time moves in steps of one tick, so a process that
-  // runs only briefly is read again at least every `usageRefresh` seconds.
-  const auto cpuTicks = checkedSum(stat.userTicks, stat.systemTicks).value_or(0);
-  return !tracked.counted || stat.state == 'R' || cpuTicks != tracked.usageCPUTicks ||
+  // page out moves it from RssAnon to VmSwap, leaving the footprint as it was), or, for disk
+  // bytes, when it reaps a child. A process whose CPU time, reaped CPU time, page faults and
+  // thread count stand still, and that is not running now, keeps its last figures; stat's CPU
+  // time moves in steps of one tick, so a process that runs only briefly is read again at
+  // least every `usageRefresh` seconds.
+  const auto ownTicks = checkedSum(stat.userTicks, stat.systemTicks).value_or(0);
+  const auto childTicks = checkedSum(stat.childUserTicks, stat.childSystemTicks).value_or(0);
+  return !tracked.counted || stat.state == 'R' || ownTicks != tracked.usageOwnTicks ||
+         childTicks != tracked.usageChildTicks ||
          stat.minorFaults != tracked.minorFaults || stat.majorFaults != tracked.majorFaults ||
          stat.threads != tracked.threads || now_ < tracked.usageReadAt ||
          now_ - tracked.usageReadAt >= usageRefresh;
@@ -209,6 +241,7 @@ void ProcessReader::makeIdentity(int procFd, std::int32_t pid, const ProcessStat
   tracked.startTicks = stat.startTicks;
   tracked.comm = stat.comm;
   tracked.executable = std::move(executable);
+  tracked.parent = stat.parent;
 
   ProcessSample facts;
   facts.pid = pid;
@@ -234,6 +267,12 @@ void ProcessReader::makeIdentity(int procFd, std::int32_t pid, const ProcessStat
     }
     if (fromMemory && !facts.arguments.empty() && !facts.arguments.front().empty()) {
       facts.name = std::string(lastPathComponent(facts.arguments.front()));
+    }
+    // Another user's process: its exe link is not ours to read, its command line is.
+    if (tracked.executable.empty()) {
+      CommandProgram program = commandProgram(facts.arguments, tracked.comm, searchPath_);
+      facts.path = std::move(program.path);
+      facts.name = std::move(program.name);
     }
   }
   tracked.facts = std::move(facts);
@@ -268,7 +307,8 @@ std::string environmentValue(std::string_view environment, std::string_view name
 
 void ProcessReader::identifyApp(int procFd, std::int32_t pid, Tracked& tracked) {
   ProcessFacts& facts = tracked.appFacts;
-  facts.executable = withoutDeletedMark(tracked.executable);
+  facts.executable =
+      tracked.executable.empty() ? tracked.facts.path : withoutDeletedMark(tracked.executable);
   facts.arguments = tracked.facts.arguments;
   facts.comm = tracked.comm;
   facts.workingDirectory = tracked.facts.workingDirectory;
@@ -284,6 +324,7 @@ void ProcessReader::identifyApp(int procFd, std::int32_t pid, Tracked& tracked) 
       facts.appImage = environmentValue(*environment, "APPIMAGE");
     }
   }
+  facts.parentApp = parentApp(tracked);
   tracked.appGeneration = apps_->generation();
   tracked.facts.app = apps_->identity(facts, now_);
 }
@@ -301,6 +342,15 @@ void ProcessReader::recheckApp(int procFd, std::int32_t pid, std::uint64_t gener
       tracked.facts.app = apps_->identity(tracked.appFacts, now_);
       return;
     }
+  }
+  // A process that owes its app to its parent follows the parent's; the parent chain is
+  // cheap to look at, the lookup is asked only when it changed.
+  const auto& fromParent = parentApp(tracked);
+  if (!sameApp(fromParent, tracked.appFacts.parentApp)) {
+    tracked.appFacts.parentApp = fromParent;
+    tracked.appGeneration = generation;
+    tracked.facts.app = apps_->identity(tracked.appFacts, now_);
+    return;
   }
   if (!tracked.facts.app && tracked.appGeneration != generation) {
     tracked.appGeneration = generation;
@@ -329,54 +379,103 @@ std::uint64_t ProcessReader::threadSwitches(int procFd, std::int32_t pid) {
 
 void ProcessReader::updateCounters(int procFd, std::int32_t pid, const ProcessStat& stat,
                                    const std::optional<Usage>& usage, Tracked& tracked) {
-  tracked.cpuTicks = checkedSum(stat.userTicks, stat.systemTicks).value_or(tracked.cpuTicks);
-  if (!usage) return;
-  const bool ran = !tracked.counted || tracked.cpuTicks != tracked.usageCPUTicks;
+  tracked.ownTicks = checkedSum(stat.userTicks, stat.systemTicks).value_or(tracked.ownTicks);
+  tracked.childTicks =
+      checkedSum(stat.childUserTicks, stat.childSystemTicks).value_or(tracked.childTicks);
+  if (usage) readUsageCounters(procFd, pid, stat, *usage, tracked);
+  const std::uint64_t reaped = pid == initPid ? 0 : tracked.childTicks;
+  tracked.work.record(Work{.cpuTicks = saturatingAdd(tracked.ownTicks, reaped),
+                           .readBytes = tracked.readBytes,
+                           .writeBytes = tracked.writeBytes,
+                           .switches = tracked.switches});
+}
+
+void ProcessReader::readUsageCounters(int procFd, std::int32_t pid, const ProcessStat& stat,
+                                      const Usage& usage, Tracked& tracked) {
+  const bool ran = !tracked.counted || tracked.ownTicks != tracked.usageOwnTicks;
   tracked.usageReadAt = now_;
-  tracked.usageCPUTicks = tracked.cpuTicks;
+  tracked.usageOwnTicks = tracked.ownTicks;
+  tracked.usageChildTicks = tracked.childTicks;
   tracked.minorFaults = stat.minorFaults;
   tracked.majorFaults = stat.majorFaults;
   tracked.threads = stat.threads;
 
-  const auto anonKB = checkedSum(usage->status.rssAnonKB, usage->status.vmSwapKB);
+  const auto anonKB = checkedSum(usage.status.rssAnonKB, usage.status.vmSwapKB);
   tracked.footprintBytes = anonKB ? checkedProduct(*anonKB, 1024).value_or(0) : 0;
 
   // status counts the switches of the main thread only. The other threads' are summed only
   // when the process used CPU since the last reading: an idle process cannot have woken up.
   std::uint64_t switches = tracked.rawSwitches;
-  if (usage->status.threads <= 1) {
+  if (usage.status.threads <= 1) {
     switches =
-        checkedSum(usage->status.voluntarySwitches, usage->status.involuntarySwitches).value_or(0);
+        checkedSum(usage.status.voluntarySwitches, usage.status.involuntarySwitches).value_or(0);
   } else if (ran) {
     switches = threadSwitches(procFd, pid);
   }
   // Threads that end take their switches with them, so the sum may shrink; only growth counts.
   if (!tracked.counted) {
-    tracked.reportedSwitches = switches;
+    tracked.switches = switches;
   } else if (switches > tracked.rawSwitches) {
-    tracked.reportedSwitches += switches - tracked.rawSwitches;
+    tracked.switches += switches - tracked.rawSwitches;
   }
   tracked.rawSwitches = switches;
-
-  tracked.rawRead = usage->io.readBytes;
-  tracked.rawWrite = usage->io.writeBytes;
-  const std::uint64_t ownRead = saturatingSubtract(tracked.rawRead, tracked.reapedRead);
-  const std::uint64_t ownWrite = saturatingSubtract(tracked.rawWrite, tracked.reapedWrite);
-  // Cumulative counters never go back, even when a child's totals were taken off before the
-  // kernel added them (the child was reaped after its parent was read).
-  tracked.reportedRead = tracked.counted ? std::max(tracked.reportedRead, ownRead) : ownRead;
-  tracked.reportedWrite = tracked.counted ? std::max(tracked.reportedWrite, ownWrite) : ownWrite;
+  tracked.readBytes = usage.io.readBytes;
+  tracked.writeBytes = usage.io.writeBytes;
   tracked.counted = true;
+}
+
+ProcessReader::Tracked* ProcessReader::parentOf(const Tracked& child) {
+  const auto found = tracked_.find(child.parent);
+  if (found == tracked_.end() || &found->second == &child) return nullptr;
+  // A parent is never younger than its child; a younger one took a dead parent's pid.
+  return found->second.startTicks <= child.startTicks ? &found->second : nullptr;
+}
+
+const std::optional<AppIdentity>& ProcessReader::parentApp(const Tracked& child) {
+  static const std::optional<AppIdentity> none;
+  const Tracked* parent = parentOf(child);
+  return parent ? parent->facts.app : none;
 }
 
 void ProcessReader::creditParent(Tracked& gone) {
   if (gone.credited) return;
   gone.credited = true;
-  const auto parent = tracked_.find(gone.parent);
-  if (parent == tracked_.end() || &parent->second == &gone) return;
-  Tracked& p = parent->second;
-  p.reapedRead = checkedSum(p.reapedRead, gone.rawRead).value_or(p.reapedRead);
-  p.reapedWrite = checkedSum(p.reapedWrite, gone.rawWrite).value_or(p.reapedWrite);
+  Work handed = gone.work.handedOn();
+  // A parent that went away too reaped this one first (had it not, the orphan would have gone
+  // to init): what it hands on includes this work, so the take-off goes up with it.
+  const Tracked* child = &gone;
+  for (int step = 0; step < maxAncestors; ++step) {
+    Tracked* parent = parentOf(*child);
+    if (!parent) return;
+    if (!parent->credited) {
+      if (child->parent == initPid) handed.cpuTicks = 0;  // never in init's counted work
+      parent->work.takeOff(handed);
+      return;
+    }
+    child = parent;
+  }
+}
+
+void ProcessReader::adoptNewborns(std::vector<ProcessSample>& samples) {
+  if (!previousUptime_) return;  // the first reading: no rates, nothing to correct
+  for (const Tracked* newborn : firstRead_) {
+    // One tick of slack for the two clocks' rounding. An older process missing from the last
+    // reading (a listing race, a pid over the limit) is not a newborn: its whole life is not
+    // this interval's work.
+    if (newborn->facts.kernelThread || newborn->startTicks + 1 < *previousUptime_) continue;
+    const Tracked* at = newborn;
+    for (int step = 0; step < maxAncestors; ++step) {
+      if (at->parent <= initPid) break;
+      Tracked* ancestor = parentOf(*at);
+      if (!ancestor || ancestor->seenRound != round_) break;
+      if (ancestor->inPreviousReading) {
+        ancestor->work.adopt(newborn->work.reported());
+        fillCounters(*ancestor, samples[ancestor->sampleIndex]);
+        break;
+      }
+      at = ancestor;
+    }
+  }
 }
 
 void ProcessReader::prune() {

@@ -9,7 +9,14 @@
 // that ran since their last reading or were last read `usageRefresh` seconds ago. Two
 // exceptions: the cgroup of a process younger than `youngAge` seconds is read again each time
 // (launchers move a new process into its app's scope just after starting it), and a process
-// without an app is asked about again when the app lookup learned something new.
+// without an app is asked about again when the app lookup learned something new or its
+// parent's app changed.
+//
+// Work is counted once and not lost to short lives: a process's counters include the CPU time
+// and disk bytes of the children it reaped, less what those children had shown while they
+// lived (see WorkLedger); and what a process did before its first reading, which gives it no
+// rate, goes to its nearest ancestor that was in the previous reading. Init's reaped work is
+// left out: it adopts every orphan, whose work is no doing of its own.
 #pragma once
 
 #include <dirent.h>
@@ -24,15 +31,18 @@
 #include "core/monitor/readings.h"
 #include "probe/system/bundle_identifier_cache.h"
 #include "probe/system/process_files.h"
+#include "probe/system/work_ledger.h"
 
 namespace pellwin {
 
 class ProcessReader {
  public:
   // `ticksPerSecond` is the kernel's USER_HZ; 0 asks the running kernel. `apps`, when given,
-  // names each process's app and must outlive the reader.
+  // names each process's app and must outlive the reader. `searchPath` is where a bare program
+  // name on the command line of a process whose exe link is not ours to read is looked up.
   explicit ProcessReader(std::filesystem::path procRoot, std::uint64_t ticksPerSecond = 0,
-                         BundleIdentifierCache* apps = nullptr);
+                         BundleIdentifierCache* apps = nullptr,
+                         std::vector<std::filesystem::path> searchPath = {});
 
   // The processes in the order the proc root lists them. A process that cannot be read, or
   // ends while being read, is left out without a word. Never fails as a whole: an unreadable
@@ -58,20 +68,23 @@ class ProcessReader {
     std::int32_t parent = 0;
     std::uint64_t listedRound = 0;
     std::uint64_t seenRound = 0;
-    bool credited = false;  // its totals went to its parent already
-    // Disk: the kernel adds a reaped child's totals to its parent's io, so the totals of
-    // children that went away are kept here and taken off the parent's counters.
-    std::uint64_t rawRead = 0, rawWrite = 0;
-    std::uint64_t reapedRead = 0, reapedWrite = 0;
-    std::uint64_t reportedRead = 0, reportedWrite = 0;
-    // Wake-ups: the sum over all threads, refreshed only when the process used CPU.
+    bool inPreviousReading = false;  // seen by the reading before this one
+    std::size_t sampleIndex = 0;     // its place in this reading's samples
+    bool credited = false;           // its work was handed on to its parent already
+    WorkLedger work{};
+    // What status and io said when last read, and stat every time.
+    std::uint64_t readBytes = 0, writeBytes = 0;
+    // Wake-ups: the sum over all threads, refreshed only when the process used CPU, and the
+    // count built from its growth (threads that end take their switches with them).
     std::uint64_t rawSwitches = 0;
-    std::uint64_t reportedSwitches = 0;
-    std::uint64_t cpuTicks = 0;  // from stat, every reading
+    std::uint64_t switches = 0;
+    std::uint64_t ownTicks = 0;    // utime + stime
+    std::uint64_t childTicks = 0;  // cutime + cstime
     std::uint64_t footprintBytes = 0;
     // When status and io were last read, and what stat said then (see needsUsage).
     double usageReadAt = 0;
-    std::uint64_t usageCPUTicks = 0;
+    std::uint64_t usageOwnTicks = 0;
+    std::uint64_t usageChildTicks = 0;
     std::uint64_t minorFaults = 0;
     std::uint64_t majorFaults = 0;
     std::uint64_t threads = 0;
@@ -97,8 +110,17 @@ class ProcessReader {
   [[nodiscard]] std::uint64_t threadSwitches(int procFd, std::int32_t pid);
   void updateCounters(int procFd, std::int32_t pid, const ProcessStat& stat,
                       const std::optional<Usage>& usage, Tracked& tracked);
-  // A process that went away: its parent's io now holds its totals (see Tracked).
+  void readUsageCounters(int procFd, std::int32_t pid, const ProcessStat& stat,
+                         const Usage& usage, Tracked& tracked);
+  // The live parent of `child` (not a later process that took the parent's pid), if tracked.
+  [[nodiscard]] Tracked* parentOf(const Tracked& child);
+  [[nodiscard]] const std::optional<AppIdentity>& parentApp(const Tracked& child);
+  // A process that went away: its parent reaps its work (see WorkLedger).
   void creditParent(Tracked& gone);
+  // Newborns' work from before their first reading, to their nearest ancestor that was in
+  // the previous reading; the ancestors' samples are brought up to date.
+  void adoptNewborns(std::vector<ProcessSample>& samples);
+  void fillCounters(const Tracked& tracked, ProcessSample& sample) const;
   void prune();
   [[nodiscard]] std::optional<double> bootTime();
   [[nodiscard]] const char* pidPath(std::int32_t pid, const char* file);
@@ -106,6 +128,7 @@ class ProcessReader {
   std::filesystem::path procRoot_;
   std::uint64_t ticksPerSecond_;
   BundleIdentifierCache* apps_;
+  std::vector<std::filesystem::path> searchPath_;
   double now_ = 0;  // the time of the reading under way
   std::optional<double> bootTime_;
   std::unordered_map<std::int32_t, Tracked> tracked_;
@@ -113,6 +136,10 @@ class ProcessReader {
   // This reading's listing with what was known under each pid, reused. Elements of tracked_
   // stay where they are until prune() erases them at the end of the reading.
   std::vector<std::pair<std::int32_t, Tracked*>> pids_;
+  // This reading's processes read for the first time, and the uptime at the previous reading:
+  // a newborn started after it.
+  std::vector<Tracked*> firstRead_;
+  std::optional<std::uint64_t> previousUptime_;
   // Reused for every process; each file has its own so a parsed view stays valid.
   std::string statBuffer_, statusBuffer_, ioBuffer_, otherBuffer_;
   char pathBuffer_[64] = {};  // "PID/file", relative to the proc root

@@ -428,5 +428,63 @@ TEST(ProcessReader, AsksAgainAboutProcessesWithoutAppWhenAppsAreInstalled) {
   EXPECT_EQ(samples[0].app->name, "GIMP");
 }
 
+TEST(ProcessReader, NamesAnotherUsersProcessesFromWhatEveryoneMayRead) {
+  ProcFolder folder;
+  const fs::path browser = folder.root.write("opt/fakefox/fakefox", "\x7f" "ELF");
+  const fs::path compiler = folder.root.write("bin/x86_64-linux-gnu-g++-12", "\x7f" "ELF");
+  for (const auto& program : {browser, compiler}) {
+    fs::permissions(program, fs::perms::owner_all | fs::perms::others_exec);
+  }
+  fs::create_symlink(compiler, folder.root / "bin/c++");
+  fs::create_directories(folder.root / "share/applications");
+  BundleIdentifierCache apps(DesktopSources{.dataDirs = {folder.root / "share"}});
+  ProcessReader reader(folder.proc(), hz, &apps, {folder.root / "bin"});
+  const std::string path = fs::canonical(browser).string();
+  // Exe links another user may not read; command lines rewritten as one line with blanks.
+  writeProcess(folder.root,
+               {.pid = 100, .comm = "fakefox", .exe = "", .arguments = {path + " -P default"}});
+  writeProcess(folder.root, {.pid = 101,
+                             .comm = "Isolated Web Co",
+                             .parent = 100,
+                             .exe = "",
+                             .arguments = {path + " -contentproc 3 tab"}});
+  writeProcess(folder.root, {.pid = 102,
+                             .comm = "forkserver",
+                             .parent = 101,
+                             .exe = "",
+                             .arguments = {"forkserver"}});
+  writeProcess(folder.root, {.pid = 103,
+                             .comm = "bash",
+                             .parent = 100,
+                             .terminal = 34816,
+                             .exe = "",
+                             .arguments = {"bash"}});
+  writeProcess(folder.root, {.pid = 104, .comm = "c++", .exe = "", .arguments = {"c++", "-c"}});
+  writeProcess(folder.root, {.pid = 105, .comm = "c++", .exe = compiler.string()});
+
+  auto samples = reader.read(1'700'001'000);
+  EXPECT_EQ(find(samples, 101)->name, "fakefox");
+  EXPECT_EQ(find(samples, 101)->path, path);
+  EXPECT_EQ(find(samples, 102)->name, "forkserver");  // its command line names no file
+  EXPECT_EQ(find(samples, 104)->name, find(samples, 105)->name);
+  EXPECT_EQ(find(samples, 104)->path, find(samples, 105)->path);
+  for (int pid : {100, 101, 102, 103}) EXPECT_FALSE(find(samples, pid)->app.has_value());
+
+  // Installed: the browser is known by the executable its command line names, and a helper
+  // with nothing of its own to tell by its parent's app; a terminal's shell stays apart.
+  folder.root.write("share/applications/fakefox.desktop",
+                    "[Desktop Entry]\nType=Application\nName=Fakefox\nExec=" + path + " %u\n");
+  // The kernel lists parents before their children (by pid, unless pids wrapped); a fixture
+  // folder may not, and then a child learns its parent's new app one reading later.
+  samples = reader.read(1'700'001'000 + BundleIdentifierCache::refreshInterval);
+  samples = reader.read(1'700'001'002 + BundleIdentifierCache::refreshInterval);
+  for (int pid : {100, 101, 102}) {
+    SCOPED_TRACE(pid);
+    ASSERT_TRUE(find(samples, pid)->app.has_value());
+    EXPECT_EQ(find(samples, pid)->app->id, "fakefox");
+  }
+  EXPECT_FALSE(find(samples, 103)->app.has_value());
+}
+
 }  // namespace
 }  // namespace pellwin

@@ -41,7 +41,7 @@ SystemReader::SystemReader(Roots roots, Options options)
       pageSize_(options.pageSize > 0 ? options.pageSize : kernelPageSize()),
       bundles_(DesktopSources{
           .dataDirs = roots_.dataDirs, .searchPath = roots_.searchPath, .locale = roots_.locale}),
-      processes_(roots_.proc, options.ticksPerSecond, &bundles_),
+      processes_(roots_.proc, options.ticksPerSecond, &bundles_, roots_.searchPath),
       thermal_(roots_.sys) {}
 
 SystemSample SystemReader::read() {
