@@ -128,7 +128,9 @@ Match fixedMatch(const Located& at) {
 
 // On equal depth the earlier row wins; every anywhere row comes after the fixed rows that
 // could tie with it, so it wins only by lying deeper.
-Match better(Match fixed, Match anywhere) { return anywhere.depth > fixed.depth ? anywhere : fixed; }
+Match better(Match fixed, Match anywhere) {
+  return anywhere.depth > fixed.depth ? anywhere : fixed;
+}
 
 Match bestMatch(const Located& at) { return better(fixedMatch(at), deepestAnywhere(at)); }
 

@@ -129,9 +129,9 @@ TEST(CategoryTrail, GivesEveryPathDownATreeTheCategoryItsWholePathGets) {
   std::vector<std::string> paths;
   // Every row, deep below it, and inside anywhere rows nested in other rows.
   for (const FolderEntry& row : FolderCatalog::entries()) {
-    const std::string at = row.anywhere                  ? home + "/code/x/" + std::string(row.path)
+    const std::string at = row.anywhere                ? home + "/code/x/" + std::string(row.path)
                            : row.path.starts_with('/') ? std::string(row.path)
-                                                         : home + "/" + std::string(row.path);
+                                                       : home + "/" + std::string(row.path);
     paths.push_back(at + "/a/b/c/d/e/f/g/h/i/j/node_modules/k/l");
     paths.push_back(at + "/.cache/m");
   }

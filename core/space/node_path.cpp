@@ -10,9 +10,9 @@ namespace pellwin {
 struct NodePath::Link {
   // Null when `text` is the whole path. Mutable only so that the destructor can unchain it.
   mutable std::shared_ptr<const Link> folder{};
-  std::string text{};     // the whole path, or the name added to the folder's
-  std::size_t size = 0;   // of the whole path
-  bool slash = false;     // a "/" between the folder's path and `text`
+  std::string text{};    // the whole path, or the name added to the folder's
+  std::size_t size = 0;  // of the whole path
+  bool slash = false;    // a "/" between the folder's path and `text`
 
   Link(std::shared_ptr<const Link> folderPath, std::string added, std::size_t wholeSize,
        bool joined)

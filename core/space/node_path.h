@@ -58,7 +58,6 @@ class NodePath {
   std::shared_ptr<const Link> link_;
 };
 
-
 // The text, for test failures and logs.
 std::ostream& operator<<(std::ostream& out, const NodePath& path);
 

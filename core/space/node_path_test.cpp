@@ -41,7 +41,8 @@ TEST(NodePath, ComparesByTextHoweverEachWasBuilt) {
   const NodePath splitElsewhere = NodePath::inFolder(NodePath("/a"), "bc/d");
   const NodePath whole("/a/bc/d");
   const NodePath longer("/a/bc/de");
-  const NodePath sameSizeOtherText = NodePath::inFolder(NodePath::inFolder(NodePath("/a"), "bx"), "d");
+  const NodePath sameSizeOtherText =
+      NodePath::inFolder(NodePath::inFolder(NodePath("/a"), "bx"), "d");
   EXPECT_EQ(chained, otherChain);
   EXPECT_EQ(chained, splitElsewhere);
   EXPECT_EQ(chained, whole);
@@ -57,8 +58,8 @@ TEST(NodePath, ComparesByTextHoweverEachWasBuilt) {
 TEST(NodePath, ContainsAPathByComponentsAsPathIsWithinDoes) {
   const NodePath folder = NodePath::inFolder(NodePath("/home"), "ann");
   const NodePath root("/");
-  for (const char* path : {"/home/ann", "/home/ann/x", "/home/anna", "/home/an", "/home", "/",
-                           "/home/ann/", "/x"}) {
+  for (const char* path :
+       {"/home/ann", "/home/ann/x", "/home/anna", "/home/an", "/home", "/", "/home/ann/", "/x"}) {
     SCOPED_TRACE(path);
     EXPECT_EQ(folder.contains(path), pathIsWithin(path, "/home/ann"));
     EXPECT_EQ(root.contains(path), pathIsWithin(path, "/"));

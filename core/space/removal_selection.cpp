@@ -87,7 +87,8 @@ std::optional<RemovalRefusal> RemovalSelection::add(const SizeNode& node, std::s
                                                     const RemovalGuards& guards) {
   if (auto refused = refusal(node, home, guards)) return refused;
   if (!covering(node).empty()) return std::nullopt;
-  std::erase_if(items_, [&](const SizeNode& item) { return isBelow(item.path.str(), node.path.str()); });
+  std::erase_if(items_,
+                [&](const SizeNode& item) { return isBelow(item.path.str(), node.path.str()); });
   items_.push_back(node);
   return std::nullopt;
 }

@@ -43,7 +43,7 @@ class SizeNodeChildren : public std::vector<SizeNode> {
 // Every field takes part in copying and comparing; a new field must also be added to
 // `copyFields` and `fieldsEqual` in size_node.cpp.
 struct SizeNode {
-  std::string name{};       // last component of the display path; "/" for the root of a whole disk
+  std::string name{};  // last component of the display path; "/" for the root of a whole disk
   // Display path, unique within a tree: the node's identity. A node the walk made shares its
   // folder's path and adds its name.
   NodePath path{};

@@ -4,9 +4,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cmath>
-#include <algorithm>
 #include <deque>
 #include <memory>
 #include <thread>
@@ -224,9 +224,10 @@ void Walk::requestAhead() {
   }
 }
 
-// Starts visiting a folder, whose progress was reported before it was read: a new frame whose node is complete once its listing is used up.
-// A folder that could not be opened, or listed in full, becomes a locked node of its parent at
-// once; nothing of its listing has been counted, so it leaves no other trace.
+// Starts visiting a folder, whose progress was reported before it was read: a new frame whose node
+// is complete once its listing is used up. A folder that could not be opened, or listed in full,
+// becomes a locked node of its parent at once; nothing of its listing has been counted, so it
+// leaves no other trace.
 void Walk::enter(NodePath real, NodePath display, std::uint64_t inode, std::uint64_t ownBytes,
                  double lastUsed, FolderPrefetch::Taken taken) {
   WalkListing& listing = taken.listing;
@@ -323,18 +324,18 @@ void Walk::countFile(Frame& frame, const WalkEntry& entry) {
     return;
   }
   const std::string_view name = frame.listing.name(entry);
-  frame.node.children.push_back({.name = std::string(name),
-                                 .path = displayOf(NodePath::inFolder(frame.real, name), frame,
-                                                   name),
-                                 .bytes = entry.bytes,
-                                 .isDirectory = false,
-                                 .children = {},
-                                 .restBytes = 0,
-                                 .restCount = 0,
-                                 .isLocked = false,
-                                 .lastUsed = entry.lastUsed,
-                                 .category = StorageCategory::other,
-                                 .markers = std::nullopt});
+  frame.node.children.push_back(
+      {.name = std::string(name),
+       .path = displayOf(NodePath::inFolder(frame.real, name), frame, name),
+       .bytes = entry.bytes,
+       .isDirectory = false,
+       .children = {},
+       .restBytes = 0,
+       .restCount = 0,
+       .isLocked = false,
+       .lastUsed = entry.lastUsed,
+       .category = StorageCategory::other,
+       .markers = std::nullopt});
 }
 
 void Walk::handle(Frame& frame, std::size_t index) {
@@ -405,8 +406,8 @@ std::expected<WalkResult, ScanError> Walk::run(const std::string& root) {
   }
   NodePath display(displayPath(root, stripPrefix_));
   emit(display);
-  enter(NodePath(root), std::move(display), static_cast<std::uint64_t>(info.st_ino), allocatedBytes(info),
-        static_cast<double>(info.st_mtim.tv_sec),
+  enter(NodePath(root), std::move(display), static_cast<std::uint64_t>(info.st_ino),
+        allocatedBytes(info), static_cast<double>(info.st_mtim.tv_sec),
         {.listing = listForWalk(AT_FDCWD, root, rootDevice_, buffer_), .ahead = {}});
   while (depth_ > 0) {
     Frame& frame = frames_[depth_ - 1];

@@ -5,8 +5,8 @@
 
 #include <chrono>
 #include <filesystem>
-#include <thread>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "testing/scratch_folder.h"
@@ -22,8 +22,8 @@ std::string summary(const WalkListing& listing) {
   if (!listing.complete) return "incomplete";
   std::string text;
   for (const WalkEntry& entry : listing.entries) {
-    text += std::string(listing.name(entry)) + ":" +
-            std::to_string(static_cast<int>(entry.kind)) + ":" + std::to_string(entry.bytes) + " ";
+    text += std::string(listing.name(entry)) + ":" + std::to_string(static_cast<int>(entry.kind)) +
+            ":" + std::to_string(entry.bytes) + " ";
   }
   return text;
 }

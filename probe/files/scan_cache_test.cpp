@@ -3,10 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <nlohmann/json.hpp>
 #include <string_view>
 #include <utility>
 #include <vector>
-#include <nlohmann/json.hpp>
 
 #include "probe/files/size_node_json.h"
 #include "testing/scratch_folder.h"

@@ -1,7 +1,7 @@
 // The walk with threads reading ahead builds exactly the tree that the walk alone builds, and
 // both match a plain recursive walk written from the rules: on real trees with hard links
-// across folders, links, a mounted volume, a bind mount, folders it may not read, thousands of folders, a
-// chain deeper than the walk keeps open, and many items of equal size.
+// across folders, links, a mounted volume, a bind mount, folders it may not read, thousands of
+// folders, a chain deeper than the walk keeps open, and many items of equal size.
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
@@ -34,9 +34,9 @@ class ReferenceWalk {
     struct stat info {};
     if (::stat(root.c_str(), &info) != 0) return {};
     device_ = static_cast<std::uint64_t>(info.st_dev);
-    WalkResult result{.tree = visit(root, allocatedBytes(info),
-                                    static_cast<double>(info.st_mtim.tv_sec)),
-                      .sharesLinksOutside = false};
+    WalkResult result{
+        .tree = visit(root, allocatedBytes(info), static_cast<double>(info.st_mtim.tv_sec)),
+        .sharesLinksOutside = false};
     for (const auto& [inode, left] : linksLeft_) result.sharesLinksOutside |= left > 0;
     return result;
   }
@@ -109,8 +109,8 @@ std::string differences(const std::string& root) {
     if (!walked) {
       found += label + "failed; ";
     } else if (walked->tree != expected.tree) {
-      found += label + SizeNodeJSON::encode(walked->tree) + " != " +
-               SizeNodeJSON::encode(expected.tree) + "; ";
+      found += label + SizeNodeJSON::encode(walked->tree) +
+               " != " + SizeNodeJSON::encode(expected.tree) + "; ";
     } else if (walked->sharesLinksOutside != expected.sharesLinksOutside) {
       found += label + "links outside differ; ";
     }
