@@ -99,8 +99,8 @@ void DeleteListPanel::refresh() {
   items_->clear();
   for (const SizeNode& node : list.items()) {
     auto* item = new QListWidgetItem(qs(node.name) + "   " + qs(node.sizeLabel()), items_);
-    item->setData(pathRole, qs(node.path));
-    item->setToolTip(qs(node.path));
+    item->setData(pathRole, qs(node.path.str()));
+    item->setToolTip(qs(node.path.str()));
   }
   std::vector<std::string> refused;
   for (const SpaceMapModel::Refused& r : model_.refusals())

@@ -107,7 +107,7 @@ DiskCleanupScreen::DiskCleanupScreen(std::string home, RemovalGuards guards,
   layout->addLayout(body, 1);
 
   connect(addPicked_, &QPushButton::clicked, this, [this] {
-    if (const SizeNode* picked = pickedNow()) model_->addToDeleteList(picked->path);
+    if (const SizeNode* picked = pickedNow()) model_->addToDeleteList(picked->path.str());
   });
   refresh();
 }
@@ -285,8 +285,8 @@ void DiskCleanupScreen::refreshLists() {
   biggest_->clear();
   for (const SizeNode& file : model_->biggestFiles(biggestCount)) {
     auto* item = new QTreeWidgetItem(biggest_, {qs(file.name), qs(file.sizeLabel())});
-    item->setData(0, pathRole, qs(file.path));
-    item->setToolTip(0, qs(file.path));
+    item->setData(0, pathRole, qs(file.path.str()));
+    item->setToolTip(0, qs(file.path.str()));
     item->setIcon(0, swatch(categoryColor(file.category)));
     item->setTextAlignment(1, Qt::AlignRight | Qt::AlignVCenter);
   }
