@@ -1,0 +1,39 @@
+// One history chart: a metric's line over the chosen range, broken where nothing was recorded,
+// the band between each point's low and high, and the amber and red moments marked. The only
+// file that knows the chart library, so it can be swapped without touching the screens.
+// Pointing at the chart reports the moment under the pointer. UI thread only.
+#pragma once
+
+#include <QWidget>
+
+#include "core/history/chart_series.h"
+
+namespace pellwin::ui {
+
+class HistoryChart : public QWidget {
+  Q_OBJECT
+
+ public:
+  explicit HistoryChart(QWidget* parent = nullptr);
+  ~HistoryChart() override;
+
+  // Draws `series` in place of what was drawn.
+  void show(const ChartSeries& series);
+  // Where a moment of the shown range sits on `surface()`, the widget that receives the
+  // pointer's moves (for tests and screenshots, which point as a user would).
+  [[nodiscard]] QPoint positionOf(double time) const;
+  [[nodiscard]] QWidget* surface() const;
+  // The lines drawn: one per run of recorded points.
+  [[nodiscard]] int lineCount() const;
+
+ signals:
+  // The pointer is over `time` (seconds since 1970) inside the shown range.
+  void pointedAt(double time);
+
+ private:
+  class View;
+  View* view_;
+  ChartSeries shown_;
+};
+
+}  // namespace pellwin::ui
