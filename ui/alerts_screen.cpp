@@ -135,9 +135,8 @@ void AlertsScreen::addSection(const AlertSection& section) {
     if (line.unread || fresh_.contains(line.id)) {
       for (int column = 0; column < list_->columnCount(); ++column) item->setFont(column, bold);
     }
-    item->setForeground(statusColumn,
-                        line.cleared ? palette().color(QPalette::PlaceholderText)
-                                     : healthEdge(Health::problem));
+    item->setForeground(statusColumn, line.cleared ? palette().color(QPalette::PlaceholderText)
+                                                   : healthEdge(Health::problem));
   }
 }
 

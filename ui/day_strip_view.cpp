@@ -58,8 +58,8 @@ void DayStripView::paintEvent(QPaintEvent*) {
   for (std::size_t day = 0; day < days_.size(); ++day) {
     const auto& cells = days_[day].cells;
     for (std::size_t row = 0; row < cells.size(); ++row) {
-      const QRectF cell =
-          QRectF(cellRect(static_cast<int>(day), static_cast<int>(row))).adjusted(0.5, 0.5, -0.5, -0.5);
+      const QRectF cell = QRectF(cellRect(static_cast<int>(day), static_cast<int>(row)))
+                              .adjusted(0.5, 0.5, -0.5, -0.5);
       if (cells[row].recorded) {
         painter.setPen(QPen(healthEdge(cells[row].level), 1));
         painter.setBrush(healthColor(cells[row].level));

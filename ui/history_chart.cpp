@@ -128,8 +128,8 @@ void HistoryChart::show(const ChartSeries& series) {
     area->setPen(Qt::NoPen);
     area->setBrush(band);
     value->setPen(QPen(line, 2));
-    for (QAbstractSeries* drawn : {static_cast<QAbstractSeries*>(area),
-                                   static_cast<QAbstractSeries*>(value)}) {
+    for (QAbstractSeries* drawn :
+         {static_cast<QAbstractSeries*>(area), static_cast<QAbstractSeries*>(value)}) {
       chart->addSeries(drawn);
       drawn->attachAxis(time);
       drawn->attachAxis(values);
@@ -147,7 +147,8 @@ void HistoryChart::show(const ChartSeries& series) {
 
 QPoint HistoryChart::positionOf(double time) const {
   QChart* chart = view_->chart();
-  const QPointF inChart = chart->mapToPosition(QPointF(msecs(time), (shown_.low + shown_.high) / 2));
+  const QPointF inChart =
+      chart->mapToPosition(QPointF(msecs(time), (shown_.low + shown_.high) / 2));
   return view_->mapFromScene(chart->mapToScene(inChart));
 }
 

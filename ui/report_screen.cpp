@@ -32,7 +32,8 @@ QTreeWidget* makeTable(const QStringList& headers, QWidget* parent) {
 void fitRows(QTreeWidget* table) {
   const int rows = std::max(1, table->topLevelItemCount());
   const int row = table->sizeHintForRow(0) > 0 ? table->sizeHintForRow(0) : 22;
-  table->setFixedHeight(table->header()->sizeHint().height() + rows * row + 2 * table->frameWidth() + 2);
+  table->setFixedHeight(table->header()->sizeHint().height() + rows * row +
+                        2 * table->frameWidth() + 2);
 }
 
 QString resourceList(const std::vector<Resource>& resources) {
