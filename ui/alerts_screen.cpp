@@ -1,6 +1,8 @@
 #include "ui/alerts_screen.h"
 
+#include <QApplication>
 #include <QHeaderView>
+#include <QPainter>
 #include <QVBoxLayout>
 #include <algorithm>
 
@@ -27,6 +29,18 @@ QString causeText(const AlertLine& line) {
   if (!line.causeName) return {};
   if (!line.causeValue) return qs(*line.causeName);
   return qs(*line.causeName) + "  " + qs(*line.causeValue);
+}
+
+// The mark of an alert not seen before this visit, in the selection colour as mail readers do.
+QIcon newDot() {
+  QPixmap dot(10, 10);
+  dot.fill(Qt::transparent);
+  QPainter painter(&dot);
+  painter.setRenderHint(QPainter::Antialiasing);
+  painter.setPen(Qt::NoPen);
+  painter.setBrush(QApplication::palette().color(QPalette::Highlight));
+  painter.drawEllipse(QRectF(1, 1, 8, 8));
+  return QIcon(dot);
 }
 
 }  // namespace
@@ -127,13 +141,15 @@ void AlertsScreen::addSection(const AlertSection& section) {
   QFont bold = heading->font(0);
   bold.setBold(true);
   heading->setFont(0, bold);
+  heading->setForeground(0, palette().color(QPalette::PlaceholderText));
   heading->setFirstColumnSpanned(true);
   for (const AlertLine& line : section.lines) {
     auto* item = new QTreeWidgetItem(heading, {qs(line.timeText), qs(line.title), qs(line.message),
                                                causeText(line), qs(line.statusText)});
     item->setData(0, Qt::UserRole, QVariant::fromValue(static_cast<qlonglong>(line.id)));
     if (line.unread || fresh_.contains(line.id)) {
-      for (int column = 0; column < list_->columnCount(); ++column) item->setFont(column, bold);
+      item->setIcon(timeColumn, newDot());
+      item->setFont(messageColumn, bold);
     }
     item->setForeground(statusColumn, line.cleared ? palette().color(QPalette::PlaceholderText)
                                                    : healthEdge(Health::problem));

@@ -19,14 +19,15 @@ namespace {
 
 qreal msecs(double seconds) { return static_cast<qreal>(seconds * 1000); }
 
+// The clock as the lookup and the slow periods write it ("2:32 PM").
 QString timeFormat(HistoryRange range) {
   switch (range) {
-    case HistoryRange::hour:
-    case HistoryRange::day: return "HH:mm";
-    case HistoryRange::week: return "ddd HH:mm";
+    case HistoryRange::hour: return "h:mm AP";
+    case HistoryRange::day: return "h AP";
+    case HistoryRange::week: return "ddd h AP";
     case HistoryRange::month: return "d MMM";
   }
-  return "HH:mm";
+  return "h:mm AP";
 }
 
 // The value axis names its ends and middle in the metric's own units ("3.2 GB", "45%"), which a
@@ -84,6 +85,7 @@ void HistoryChart::show(const ChartSeries& series) {
   shown_ = series;
   QChart* chart = view_->chart();
   chart->removeAllSeries();
+  markLine_ = nullptr;
   for (QAbstractAxis* axis : chart->axes()) {
     chart->removeAxis(axis);
     delete axis;
@@ -143,6 +145,34 @@ void HistoryChart::show(const ChartSeries& series) {
     marks->attachAxis(time);
     marks->attachAxis(values);
   }
+  drawMark();
+}
+
+void HistoryChart::mark(std::optional<double> time) {
+  marked_ = time;
+  drawMark();
+}
+
+void HistoryChart::drawMark() {
+  QChart* chart = view_->chart();
+  if (markLine_) {
+    chart->removeSeries(markLine_);
+    delete markLine_;
+    markLine_ = nullptr;
+  }
+  if (!marked_ || *marked_ < shown_.start || *marked_ > shown_.end || chart->axes().isEmpty()) {
+    return;
+  }
+  markLine_ = new QLineSeries;
+  const double low = std::min(0.0, shown_.low);
+  const double high = shown_.high > low ? shown_.high : low + 1;
+  markLine_->append(msecs(*marked_), low);
+  markLine_->append(msecs(*marked_), high);
+  QColor colour = view_->palette().color(QPalette::Text);
+  colour.setAlpha(140);
+  markLine_->setPen(QPen(colour, 1, Qt::DashLine));
+  chart->addSeries(markLine_);
+  for (QAbstractAxis* axis : chart->axes()) markLine_->attachAxis(axis);
 }
 
 QPoint HistoryChart::positionOf(double time) const {
@@ -157,7 +187,7 @@ QWidget* HistoryChart::surface() const { return view_->viewport(); }
 int HistoryChart::lineCount() const {
   int lines = 0;
   for (QAbstractSeries* series : view_->chart()->series()) {
-    if (series->type() == QAbstractSeries::SeriesTypeLine) ++lines;
+    if (series->type() == QAbstractSeries::SeriesTypeLine && series != markLine_) ++lines;
   }
   return lines;
 }

@@ -5,8 +5,11 @@
 #pragma once
 
 #include <QWidget>
+#include <optional>
 
 #include "core/history/chart_series.h"
+
+class QLineSeries;
 
 namespace pellwin::ui {
 
@@ -19,6 +22,8 @@ class HistoryChart : public QWidget {
 
   // Draws `series` in place of what was drawn.
   void show(const ChartSeries& series);
+  // Marks the moment a lookup answers for with a vertical line; nullopt removes the mark.
+  void mark(std::optional<double> time);
   // Where a moment of the shown range sits on `surface()`, the widget that receives the
   // pointer's moves (for tests and screenshots, which point as a user would).
   [[nodiscard]] QPoint positionOf(double time) const;
@@ -32,8 +37,12 @@ class HistoryChart : public QWidget {
 
  private:
   class View;
+  void drawMark();
+
   View* view_;
   ChartSeries shown_;
+  std::optional<double> marked_;
+  QLineSeries* markLine_ = nullptr;  // owned by the chart; null when none is drawn
 };
 
 }  // namespace pellwin::ui

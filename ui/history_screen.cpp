@@ -231,6 +231,7 @@ void HistoryScreen::fillSlowPeriods(const HistoryView& view) {
 void HistoryScreen::fillLookup() {
   lookupList_->clear();
   const auto& lookup = model_.lookup();
+  chart_->mark(lookup ? std::optional(lookup->minute + 30) : std::nullopt);
   if (!lookup) {
     lookupHeading_->setText(lookupHint);
     return;

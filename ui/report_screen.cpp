@@ -85,7 +85,7 @@ QWidget* ReportScreen::buildPage() {
 
   causesHeading_ = makeLabel(page, 2, true);
   layout->addWidget(causesHeading_);
-  causes_ = makeTable({"App", "Red time it led", "Blamed for", "Days"}, page);
+  causes_ = makeTable({"App", "Red time it led", "Blamed for", "Days it led"}, page);
   layout->addWidget(causes_);
   layout->addSpacing(8);
 
