@@ -2,6 +2,9 @@
 # page, copyright) and describes the Debian package `./tovrin-dev package` builds with CPack.
 # No autostart entry is installed: starting at login is the user's choice in Settings.
 include(GNUInstallDirs)
+# Installing needs only the program and its documents (`./tovrin-dev package` builds those), not
+# every test binary.
+set(CMAKE_SKIP_INSTALL_ALL_DEPENDENCY TRUE)
 set(CMAKE_INSTALL_DOCDIR ${CMAKE_INSTALL_DATADIR}/doc/tovrin)
 set(packaging ${PROJECT_SOURCE_DIR}/packaging)
 
