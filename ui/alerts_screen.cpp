@@ -48,10 +48,8 @@ QIcon newDot() {
 AlertsScreen::AlertsScreen(AlertsModel::Setup setup, QWidget* parent)
     : QWidget(parent),
       model_(observed(std::move(setup), [this] { fill(); })),
-      pages_(new QStackedWidget(this)),
-      unavailable_(new UnavailableView(pages_)),
       list_(new QTreeWidget) {
-  auto* page = new QWidget(pages_);
+  auto* page = new QWidget;
   auto* layout = new QVBoxLayout(page);
   layout->setContentsMargins(20, 16, 20, 16);
   layout->setSpacing(8);
@@ -71,8 +69,7 @@ AlertsScreen::AlertsScreen(AlertsModel::Setup setup, QWidget* parent)
   header->setSectionResizeMode(QHeaderView::ResizeToContents);
   header->setSectionResizeMode(messageColumn, QHeaderView::Stretch);
   layout->addWidget(list_, 1);
-  pages_->addWidget(page);
-  pages_->addWidget(unavailable_);
+  pages_ = new UnavailableView(page, this);
   auto* outer = new QVBoxLayout(this);
   outer->setContentsMargins(0, 0, 0, 0);
   outer->addWidget(pages_);
@@ -93,15 +90,8 @@ void AlertsScreen::hideEvent(QHideEvent* event) {
   fresh_.clear();
 }
 
-bool AlertsScreen::showsUnavailable() const { return pages_->currentWidget() == unavailable_; }
-
 void AlertsScreen::fill() {
-  if (const auto& texts = model_.unavailable()) {
-    unavailable_->show(*texts);
-    pages_->setCurrentWidget(unavailable_);
-    return;
-  }
-  pages_->setCurrentIndex(0);
+  if (pages_->showUnavailable(model_.unavailable())) return;
   const auto& sections = model_.sections();
   if (!sections) return;
   list_->clear();

@@ -6,7 +6,6 @@
 #pragma once
 
 #include <QLabel>
-#include <QStackedWidget>
 #include <QTreeWidget>
 #include <cstdint>
 #include <set>
@@ -31,8 +30,7 @@ class AlertsScreen : public QWidget {
 
   [[nodiscard]] const AlertsModel& model() const { return model_; }
   [[nodiscard]] QTreeWidget* list() const { return list_; }
-  [[nodiscard]] const UnavailableView& unavailable() const { return *unavailable_; }
-  [[nodiscard]] bool showsUnavailable() const;
+  [[nodiscard]] const UnavailableView& unavailable() const { return *pages_; }
   // Whether the row of alert `id` stands out as new: unread, or unread when this visit began.
   [[nodiscard]] bool showsAsNew(std::int64_t id) const;
 
@@ -45,8 +43,7 @@ class AlertsScreen : public QWidget {
   void addSection(const AlertSection& section);
 
   AlertsModel model_;
-  QStackedWidget* pages_;
-  UnavailableView* unavailable_;
+  UnavailableView* pages_ = nullptr;
   QTreeWidget* list_;
   std::set<std::int64_t> fresh_;  // alerts that were unread when seen during this visit
 };

@@ -3,7 +3,6 @@
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QMessageBox>
-#include <QScrollArea>
 #include <QVBoxLayout>
 
 #include "ui/ui_text.h"
@@ -68,9 +67,7 @@ QString metricTitle(HistoryMetric metric) {
 HistoryScreen::HistoryScreen(HistoryModel::Setup setup, Confirm confirm, QWidget* parent)
     : QWidget(parent),
       model_(observed(std::move(setup), [this] { fill(); })),
-      confirm_(confirm ? std::move(confirm) : Confirm(askToClear)),
-      pages_(new QStackedWidget(this)),
-      unavailable_(new UnavailableView(pages_)) {
+      confirm_(confirm ? std::move(confirm) : Confirm(askToClear)) {
   auto* page = new QWidget;
   auto* layout = new QVBoxLayout(page);
   layout->setContentsMargins(20, 16, 20, 16);
@@ -78,13 +75,7 @@ HistoryScreen::HistoryScreen(HistoryModel::Setup setup, Confirm confirm, QWidget
   layout->addWidget(buildControls());
   layout->addWidget(buildChartRow(), 3);
   layout->addWidget(buildLower(), 2);
-  auto* scroll = new QScrollArea(pages_);
-  scroll->setWidget(page);
-  scroll->setWidgetResizable(true);
-  scroll->setFrameShape(QFrame::NoFrame);
-  scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-  pages_->addWidget(scroll);
-  pages_->addWidget(unavailable_);
+  pages_ = new UnavailableView(verticallyScrolled(page), this);
   auto* outer = new QVBoxLayout(this);
   outer->setContentsMargins(0, 0, 0, 0);
   outer->addWidget(pages_);
@@ -195,15 +186,8 @@ void HistoryScreen::setMetric(HistoryMetric metric) {
   fill();
 }
 
-bool HistoryScreen::showsUnavailable() const { return pages_->currentWidget() == unavailable_; }
-
 void HistoryScreen::fill() {
-  if (const auto& texts = model_.unavailable()) {
-    unavailable_->show(*texts);
-    pages_->setCurrentWidget(unavailable_);
-    return;
-  }
-  pages_->setCurrentIndex(0);
+  if (pages_->showUnavailable(model_.unavailable())) return;
   status_->setText(model_.loading() ? "Reading history…" : QString());
   fillLookup();
   const auto& view = model_.view();

@@ -8,7 +8,6 @@
 #include <QComboBox>
 #include <QLabel>
 #include <QPushButton>
-#include <QStackedWidget>
 #include <QTreeWidget>
 #include <functional>
 
@@ -45,8 +44,7 @@ class HistoryScreen : public QWidget {
   [[nodiscard]] QTreeWidget* lookupList() const { return lookupList_; }
   [[nodiscard]] QLabel* lookupHeading() const { return lookupHeading_; }
   [[nodiscard]] QPushButton* clearButton() const { return clear_; }
-  [[nodiscard]] const UnavailableView& unavailable() const { return *unavailable_; }
-  [[nodiscard]] bool showsUnavailable() const;
+  [[nodiscard]] const UnavailableView& unavailable() const { return *pages_; }
 
  protected:
   void showEvent(QShowEvent* event) override;
@@ -65,8 +63,7 @@ class HistoryScreen : public QWidget {
   Confirm confirm_;
   HistoryMetric metric_ = HistoryMetric::memoryUsed;
   std::optional<double> pointedMinute_;
-  QStackedWidget* pages_;
-  UnavailableView* unavailable_;
+  UnavailableView* pages_ = nullptr;
   QButtonGroup* ranges_ = nullptr;
   QComboBox* metrics_ = nullptr;
   QLabel* status_ = nullptr;

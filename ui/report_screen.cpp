@@ -1,7 +1,6 @@
 #include "ui/report_screen.h"
 
 #include <QHeaderView>
-#include <QScrollArea>
 #include <QVBoxLayout>
 
 #include "core/history/day_strip.h"
@@ -54,17 +53,8 @@ void collect(const QTreeWidget* table, QStringList& out) {
 }  // namespace
 
 ReportScreen::ReportScreen(ReportModel::Setup setup, QWidget* parent)
-    : QWidget(parent),
-      model_(observed(std::move(setup), [this] { fill(); })),
-      pages_(new QStackedWidget(this)),
-      unavailable_(new UnavailableView(pages_)) {
-  auto* scroll = new QScrollArea(pages_);
-  scroll->setWidget(buildPage());
-  scroll->setWidgetResizable(true);
-  scroll->setFrameShape(QFrame::NoFrame);
-  scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-  pages_->addWidget(scroll);
-  pages_->addWidget(unavailable_);
+    : QWidget(parent), model_(observed(std::move(setup), [this] { fill(); })) {
+  pages_ = new UnavailableView(verticallyScrolled(buildPage()), this);
   auto* outer = new QVBoxLayout(this);
   outer->setContentsMargins(0, 0, 0, 0);
   outer->addWidget(pages_);
@@ -118,15 +108,8 @@ void ReportScreen::showEvent(QShowEvent* event) {
   model_.refresh();
 }
 
-bool ReportScreen::showsUnavailable() const { return pages_->currentWidget() == unavailable_; }
-
 void ReportScreen::fill() {
-  if (const auto& texts = model_.unavailable()) {
-    unavailable_->show(*texts);
-    pages_->setCurrentWidget(unavailable_);
-    return;
-  }
-  pages_->setCurrentIndex(0);
+  if (pages_->showUnavailable(model_.unavailable())) return;
   const auto& report = model_.report();
   if (!report) return;
   period_->setText(qs(report->periodText));

@@ -6,7 +6,6 @@
 #pragma once
 
 #include <QLabel>
-#include <QStackedWidget>
 #include <QTreeWidget>
 
 #include "app/models/report_model.h"
@@ -29,8 +28,7 @@ class ReportScreen : public QWidget {
   [[nodiscard]] QTreeWidget* causes() const { return causes_; }
   [[nodiscard]] QTreeWidget* resources() const { return resources_; }
   [[nodiscard]] QTreeWidget* cleanups() const { return cleanups_; }
-  [[nodiscard]] const UnavailableView& unavailable() const { return *unavailable_; }
-  [[nodiscard]] bool showsUnavailable() const;
+  [[nodiscard]] const UnavailableView& unavailable() const { return *pages_; }
 
  protected:
   void showEvent(QShowEvent* event) override;
@@ -43,8 +41,7 @@ class ReportScreen : public QWidget {
   void fillCleanups(const WeeklyReport& report);
 
   ReportModel model_;
-  QStackedWidget* pages_;
-  UnavailableView* unavailable_;
+  UnavailableView* pages_ = nullptr;
   QLabel* period_ = nullptr;
   QLabel* causesHeading_ = nullptr;
   QTreeWidget* causes_ = nullptr;

@@ -1,27 +1,37 @@
-// What a history screen shows in place of its contents while history is off: "History isn't
-// available" and the screen's own explanation, centred. UI thread only.
+// A history screen's two pages: its contents, or "History isn't available" with the screen's
+// own explanation, centred, while history is off. UI thread only.
 #pragma once
 
 #include <QLabel>
-#include <QWidget>
+#include <QStackedWidget>
+#include <optional>
 
 #include "core/history/history_unavailable.h"
 
 namespace pellwin::ui {
 
-class UnavailableView : public QWidget {
+class UnavailableView : public QStackedWidget {
   Q_OBJECT
 
  public:
-  explicit UnavailableView(QWidget* parent = nullptr);
+  // Takes ownership of `contents`, shown until `showUnavailable` is given texts.
+  explicit UnavailableView(QWidget* contents, QWidget* parent = nullptr);
 
-  void show(const HistoryUnavailable& texts);
+  // Shows the texts when there are some, else the contents; true when the texts are shown.
+  bool showUnavailable(const std::optional<HistoryUnavailable>& texts);
+  [[nodiscard]] bool showsUnavailable() const { return currentWidget() == message_; }
   [[nodiscard]] QString title() const { return title_->text(); }
   [[nodiscard]] QString explanation() const { return explanation_->text(); }
 
  private:
+  QWidget* contents_;
+  QWidget* message_;
   QLabel* title_;
   QLabel* explanation_;
 };
+
+// `page` in a scroll area without a frame that scrolls only up and down, so a small window
+// scrolls the whole page rather than squeezing its parts into each other.
+[[nodiscard]] QWidget* verticallyScrolled(QWidget* page);
 
 }  // namespace pellwin::ui
