@@ -99,7 +99,7 @@ int runScan(const StorageCheckOptions& options, const Environment& environment, 
     err << "--check-storage scans a folder, and " << printableText(folder) << " isn't one\n";
     return 2;
   }
-  const DiskScanner scanner(environment.home);
+  const DiskScanner scanner(environment.home, environment.sysRoot);
   std::optional<ProgressTicker> ticker;
   if (environment.errIsTerminal) ticker.emplace(err);
   const auto started = std::chrono::steady_clock::now();
@@ -245,7 +245,7 @@ std::vector<std::string> scanLines(const std::string& path, double seconds, cons
                   std::to_string(locked) + " locked");
   for (std::size_t i = 0; i < std::min(top, tree.children.size()); ++i) {
     const SizeNode& child = tree.children[i];
-    lines.push_back(child.sizeLabel() + "\t" + printableText(child.path));
+    lines.push_back(child.sizeLabel() + "\t" + printableText(child.path.str()));
   }
   return lines;
 }

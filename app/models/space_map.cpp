@@ -23,7 +23,7 @@ SpaceMapModel::Services spaceMapServices(const Environment& environment,
       .saveCache =
           [cache = spaceMapCache(environment)](const CachedScan& scan) { (void)cache.save(scan); },
       .scan =
-          [scanner = DiskScanner(environment.home)](
+          [scanner = DiskScanner(environment.home, environment.sysRoot)](
               const ScanRoot& root, const ScanProgressHandler& progress, std::stop_token stop) {
             // The walk runs on the task's own low-priority thread; this worker only waits.
             ScanTask task(scanner, root.path, root.stripPrefix, progress);

@@ -207,7 +207,7 @@ void SpaceMapModel::adopt(std::shared_ptr<const Shown> shown) {
     s.focusPath =
         slash == std::string::npos || slash == 0 ? std::string() : s.focusPath.substr(0, slash);
   }
-  if (s.focusPath.empty() || !pathIsWithin(s.focusPath, tree.path)) s.focusPath = tree.path;
+  if (s.focusPath.empty() || !tree.path.contains(s.focusPath)) s.focusPath = tree.path;
   s.selection.reconcile(tree, home_, guards_);
   std::erase_if(s.refusals, [&](const Refused& r) { return tree.find(r.path) == nullptr; });
   notify();
@@ -292,7 +292,7 @@ std::optional<std::string> SpaceMapModel::explanation(std::string_view path) con
   const SizeNode* node = root == nullptr ? nullptr : root->find(path);
   if (node == nullptr) return std::nullopt;
   if (node->isLocked) return std::string(SpaceMapTexts::lockedDetails);
-  return FolderCatalog::explanation(node->path, home_);
+  return FolderCatalog::explanation(node->path.str(), home_);
 }
 
 const RebuildPlan& SpaceMapModel::rebuildPlan() const {
@@ -355,7 +355,7 @@ bool SpaceMapModel::isInDeleteList(const SizeNode& node) const {
   // Asked for every arc while painting, so it compares paths instead of copying the covering
   // items' subtrees.
   return std::ranges::any_of(state_->selection.items(), [&](const SizeNode& item) {
-    return pathIsWithin(node.path, item.path);
+    return item.path.contains(node.path.str());
   });
 }
 
@@ -366,7 +366,7 @@ const std::vector<SpaceMapModel::Refused>& SpaceMapModel::refusals() const {
 bool SpaceMapModel::canDeleteForGood() const {
   const auto& items = state_->selection.items();
   return !items.empty() && std::ranges::all_of(items, [&](const SizeNode& item) {
-    return FolderCatalog::isCleanable(item.path, home_);
+    return FolderCatalog::isCleanable(item.path.str(), home_);
   });
 }
 

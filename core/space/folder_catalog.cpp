@@ -116,18 +116,34 @@ std::size_t matchDepth(const FolderEntry& entry, const Located& at) {
   return length == 0 ? 0 : at.homeDepth + length;
 }
 
-Match bestMatch(const Located& at) {
+Match fixedMatch(const Located& at) {
   Match best;
   for (const FolderEntry& entry : entries()) {
     if (entry.anywhere) continue;
     const std::size_t depth = matchDepth(entry, at);
     if (depth > best.depth) best = {.entry = &entry, .depth = depth};
   }
-  // On equal depth the earlier row wins; every anywhere row comes after the fixed rows that
-  // could tie with it, so it wins only by lying deeper.
-  const Match anywhere = deepestAnywhere(at);
-  if (anywhere.depth > best.depth) best = anywhere;
   return best;
+}
+
+// On equal depth the earlier row wins; every anywhere row comes after the fixed rows that
+// could tie with it, so it wins only by lying deeper.
+Match better(Match fixed, Match anywhere) {
+  return anywhere.depth > fixed.depth ? anywhere : fixed;
+}
+
+Match bestMatch(const Located& at) { return better(fixedMatch(at), deepestAnywhere(at)); }
+
+StorageCategory categoryOf(Match match, bool insideHome) {
+  if (match.entry != nullptr) return match.entry->category;
+  return insideHome ? StorageCategory::other : StorageCategory::system;
+}
+
+const FolderEntry* anywhereRow(std::string_view name) {
+  for (const FolderEntry& entry : entries()) {
+    if (entry.anywhere && entry.path == name) return &entry;
+  }
+  return nullptr;
 }
 
 }  // namespace
@@ -150,9 +166,61 @@ std::optional<FolderEntry> best(std::string_view path, std::string_view home) {
 
 StorageCategory category(std::string_view path, std::string_view home) {
   const Located at = locate(path, home);
-  const Match match = bestMatch(at);
-  if (match.entry != nullptr) return match.entry->category;
-  return at.insideHome ? StorageCategory::other : StorageCategory::system;
+  return categoryOf(bestMatch(at), at.insideHome);
+}
+
+CategoryTrail::CategoryTrail(std::string_view path, std::string_view home) {
+  const auto homeParts = components(home, SIZE_MAX);
+  home_ = std::make_shared<const std::vector<std::string>>(homeParts.begin(), homeParts.end());
+  const Located at = locate(path, home);
+  head_ = std::make_shared<const std::vector<std::string>>(at.head.begin(), at.head.end());
+  depth_ = at.depth;
+  insideHome_ = at.insideHome;
+  const Match fixed = fixedMatch(at);
+  fixed_ = fixed.entry;
+  fixedDepth_ = fixed.depth;
+  const Match anywhere = deepestAnywhere(at);
+  anywhere_ = anywhere.entry;
+  anywhereDepth_ = anywhere.depth;
+}
+
+CategoryTrail CategoryTrail::below(std::string_view name) const {
+  CategoryTrail next = *this;
+  next.depth_ = depth_ + 1;
+  const std::size_t homeDepth = home_->size();
+  if (head_->size() < homeDepth + kMaxRowDepth) {
+    auto head = std::make_shared<std::vector<std::string>>(*head_);
+    head->emplace_back(name);
+    next.head_ = std::move(head);
+    next.insideHome_ = homeDepth <= next.head_->size() &&
+                       std::equal(home_->begin(), home_->end(), next.head_->begin());
+    next.matchFixedRows();
+  }
+  if (next.insideHome_ && next.depth_ > homeDepth) {
+    if (const FolderEntry* row = anywhereRow(name)) {
+      next.anywhere_ = row;
+      next.anywhereDepth_ = next.depth_;
+    }
+  }
+  return next;
+}
+
+void CategoryTrail::matchFixedRows() {
+  const std::vector<std::string_view> head(head_->begin(), head_->end());
+  const Located at{.path = {},
+                   .head = head,
+                   .depth = depth_,
+                   .insideHome = insideHome_,
+                   .homeDepth = home_->size()};
+  const Match fixed = fixedMatch(at);
+  fixed_ = fixed.entry;
+  fixedDepth_ = fixed.depth;
+}
+
+StorageCategory CategoryTrail::category() const {
+  return categoryOf(better({.entry = fixed_, .depth = fixedDepth_},
+                           {.entry = anywhere_, .depth = anywhereDepth_}),
+                    insideHome_);
 }
 
 std::optional<std::string> explanation(std::string_view path, std::string_view home) {

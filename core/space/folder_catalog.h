@@ -3,10 +3,12 @@
 // good because they rebuild on their own. A constant table with lookups by path; pure.
 #pragma once
 
+#include <memory>
 #include <optional>
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "core/space/storage_category.h"
 
@@ -44,6 +46,32 @@ namespace FolderCatalog {
 
 // The best row's flag; false when nothing matches.
 [[nodiscard]] bool isCleanable(std::string_view path, std::string_view home);
+
+// The categories of a tree's paths, met from its root down: each path's follows from its
+// folder's trail and its own name, so a tree as deep as a disk allows costs each name once,
+// not each path's whole length. `category()` is what `category(path, home)` gives.
+class CategoryTrail {
+ public:
+  // A path read whole.
+  CategoryTrail(std::string_view path, std::string_view home);
+  // The path with one more name (no "/" in it) below it.
+  [[nodiscard]] CategoryTrail below(std::string_view name) const;
+  [[nodiscard]] StorageCategory category() const;
+
+ private:
+  CategoryTrail() = default;
+  void matchFixedRows();
+
+  std::shared_ptr<const std::vector<std::string>> home_;
+  // The leading components, as far as rows reach; shared once it stops growing.
+  std::shared_ptr<const std::vector<std::string>> head_;
+  std::size_t depth_ = 0;
+  bool insideHome_ = false;
+  const FolderEntry* fixed_ = nullptr;  // the best row that is not an anywhere row
+  std::size_t fixedDepth_ = 0;
+  const FolderEntry* anywhere_ = nullptr;  // the deepest anywhere row below home
+  std::size_t anywhereDepth_ = 0;
+};
 
 }  // namespace FolderCatalog
 }  // namespace pellwin

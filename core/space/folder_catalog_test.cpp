@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <set>
+#include <string>
+#include <vector>
 
 #include "core/space/folder_catalog_rows.h"
 
@@ -108,6 +110,42 @@ TEST(FolderCatalog, RowsStayWithinTheLookupDepthAndNoneHidesAnotherOfItsTable) {
       if (entry.anywhere) {
         EXPECT_EQ(entry.path.find('/'), std::string_view::npos) << entry.path;
       }
+    }
+  }
+}
+
+// Every path below the given one by one more component, as a walk meets them.
+std::vector<std::string> prefixes(const std::string& path) {
+  std::vector<std::string> found;
+  for (std::size_t at = path.find('/', 1); at != std::string::npos; at = path.find('/', at + 1)) {
+    found.push_back(path.substr(0, at));
+  }
+  found.push_back(path);
+  return found;
+}
+
+TEST(CategoryTrail, GivesEveryPathDownATreeTheCategoryItsWholePathGets) {
+  const std::string home = "/home/ann";
+  std::vector<std::string> paths;
+  // Every row, deep below it, and inside anywhere rows nested in other rows.
+  for (const FolderEntry& row : FolderCatalog::entries()) {
+    const std::string at = row.anywhere                ? home + "/code/x/" + std::string(row.path)
+                           : row.path.starts_with('/') ? std::string(row.path)
+                                                       : home + "/" + std::string(row.path);
+    paths.push_back(at + "/a/b/c/d/e/f/g/h/i/j/node_modules/k/l");
+    paths.push_back(at + "/.cache/m");
+  }
+  paths.push_back("/var/home/ann/x");
+  paths.push_back("/home/an/x/y");
+  paths.push_back("/home/ann");
+  for (const std::string& path : paths) {
+    SCOPED_TRACE(path);
+    const auto steps = prefixes(path);
+    FolderCatalog::CategoryTrail trail(steps.front(), home);
+    EXPECT_EQ(trail.category(), FolderCatalog::category(steps.front(), home));
+    for (std::size_t i = 1; i < steps.size(); ++i) {
+      trail = trail.below(std::string_view(steps[i]).substr(steps[i - 1].size() + 1));
+      ASSERT_EQ(trail.category(), FolderCatalog::category(steps[i], home)) << steps[i];
     }
   }
 }

@@ -199,7 +199,7 @@ std::span<const std::string> markersOf(const SizeNode& node) {
 std::string relativeTo(const SizeNode& node, const SizeNode* owner) {
   if (owner == nullptr) return node.name;
   RebuildItem probe{.path = node.path};
-  return probe.displayPath(owner->path);
+  return probe.displayPath(owner->path.str());
 }
 
 bool hasLockFile(std::span<const std::string> markers) {

@@ -62,13 +62,13 @@ std::optional<RemovalRefusal> RemovalSelection::refusal(const SizeNode& node, st
     return RemovalRefusal{.reason =
                               "macOS keeps it private. Allow whole-disk scan to see and delete it"};
   }
-  if (auto refused = RemovalRules::verdict(node.path, home, false, std::nullopt, guards))
+  if (auto refused = RemovalRules::verdict(node.path.str(), home, false, std::nullopt, guards))
     return refused;
   if (!node.isDirectory) return std::nullopt;
 
   // A guarded path may lie below where the scan did not reach. The rules compare lower-case
   // components, so this test does too.
-  const std::string below = lowered(node.path) + (node.path.ends_with('/') ? "" : "/");
+  const std::string below = lowered(node.path.str()) + (node.path.endsWithSlash() ? "" : "/");
   for (const auto* paths : {&guards.kept, &guards.mainFolders}) {
     for (const std::string& path : *paths) {
       if (lowered(path).starts_with(below)) return holds(std::string(lastPathComponent(path)));
@@ -77,7 +77,7 @@ std::optional<RemovalRefusal> RemovalSelection::refusal(const SizeNode& node, st
   const auto split = RemovalRules::split(guards);
   std::optional<RemovalRefusal> found;
   forEachFolderBelow(node, [&](const SizeNode& folder) {
-    if (RemovalRules::refusal(folder.path, home, split)) found = holds(folder.name);
+    if (RemovalRules::refusal(folder.path.str(), home, split)) found = holds(folder.name);
     return found.has_value();
   });
   return found;
@@ -87,15 +87,17 @@ std::optional<RemovalRefusal> RemovalSelection::add(const SizeNode& node, std::s
                                                     const RemovalGuards& guards) {
   if (auto refused = refusal(node, home, guards)) return refused;
   if (!covering(node).empty()) return std::nullopt;
-  std::erase_if(items_, [&](const SizeNode& item) { return isBelow(item.path, node.path); });
+  std::erase_if(items_,
+                [&](const SizeNode& item) { return isBelow(item.path.str(), node.path.str()); });
   items_.push_back(node);
   return std::nullopt;
 }
 
 std::optional<RemovalRefusal> RemovalSelection::toggle(const SizeNode& node, std::string_view home,
                                                        const RemovalGuards& guards) {
-  if (contains(node.path)) {
-    remove(node.path);
+  const std::string path = node.path.str();
+  if (contains(path)) {
+    remove(path);
     return std::nullopt;
   }
   return add(node, home, guards);
@@ -108,7 +110,7 @@ void RemovalSelection::remove(std::string_view path) {
 std::vector<SizeNode> RemovalSelection::covering(const SizeNode& node) const {
   std::vector<SizeNode> found;
   for (const SizeNode& item : items_) {
-    if (pathIsWithin(node.path, item.path)) found.push_back(item);
+    if (item.path.contains(node.path.str())) found.push_back(item);
   }
   return found;
 }
@@ -125,11 +127,11 @@ std::vector<std::string> RemovalSelection::cautions(const SizeNode& node, std::s
     addOnce("Deleting this " + *label +
             " deletes its code too, not only the parts that can be rebuilt.");
   }
-  addOnce(RemovalRules::caution(node.path, home, appName));
+  addOnce(RemovalRules::caution(node.path.str(), home, appName));
   if (!node.isDirectory) return warnings;
   bool anyLocked = false;
   forEachFolderBelow(node, [&](const SizeNode& folder) {
-    addOnce(RemovalRules::caution(folder.path, home, appName));
+    addOnce(RemovalRules::caution(folder.path.str(), home, appName));
     anyLocked = anyLocked || folder.isLocked;
     return false;
   });
@@ -141,7 +143,7 @@ void RemovalSelection::reconcile(const SizeNode& tree, std::string_view home,
                                  const RemovalGuards& guards) {
   std::vector<SizeNode> kept;
   for (const SizeNode& item : items_) {
-    const SizeNode* now = tree.find(item.path);
+    const SizeNode* now = tree.find(item.path.str());
     if (now != nullptr && !refusal(*now, home, guards)) kept.push_back(*now);
   }
   items_ = std::move(kept);

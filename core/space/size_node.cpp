@@ -20,7 +20,7 @@ namespace {
 template <typename Node>
 Node* childToward(Node& node, std::string_view path) {
   for (auto& child : node.children) {
-    if (pathIsWithin(path, child.path)) return &child;
+    if (child.path.contains(path)) return &child;
   }
   return nullptr;
 }
@@ -173,7 +173,7 @@ SizeNode SizeNode::removing(const std::unordered_set<std::string>& paths) const 
   auto enter = [&](SizeNode* node) {
     Frame frame{.node = node};
     std::erase_if(node->children, [&](const SizeNode& child) {
-      if (!paths.contains(child.path)) return false;
+      if (!paths.contains(child.path.str())) return false;
       frame.removed = checkedAdd(frame.removed, child.bytes, "removed bytes");
       return true;
     });

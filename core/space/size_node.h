@@ -12,6 +12,7 @@
 #include <unordered_set>
 #include <vector>
 
+#include "core/space/node_path.h"
 #include "core/space/storage_category.h"
 
 namespace pellwin {
@@ -42,8 +43,10 @@ class SizeNodeChildren : public std::vector<SizeNode> {
 // Every field takes part in copying and comparing; a new field must also be added to
 // `copyFields` and `fieldsEqual` in size_node.cpp.
 struct SizeNode {
-  std::string name{};       // last component of the display path; "/" for the root of a whole disk
-  std::string path{};       // display path, unique within a tree: the node's identity
+  std::string name{};  // last component of the display path; "/" for the root of a whole disk
+  // Display path, unique within a tree: the node's identity. A node the walk made shares its
+  // folder's path and adds its name.
+  NodePath path{};
   std::uint64_t bytes = 0;  // allocated bytes of the node and everything under it
   bool isDirectory = false;
   // Kept items (at least 1,000,000 bytes, or locked), largest first, equal sizes by name.
@@ -58,7 +61,7 @@ struct SizeNode {
 
   friend bool operator==(const SizeNode&, const SizeNode&) = default;
 
-  [[nodiscard]] const std::string& id() const { return path; }
+  [[nodiscard]] const NodePath& id() const { return path; }
 
   // "Locked" for a locked node, otherwise Format::disk of `bytes`.
   [[nodiscard]] std::string sizeLabel() const;

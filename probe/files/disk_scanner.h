@@ -3,12 +3,13 @@
 // shown, folders that cannot be read, or read only in part, kept as locked nodes, items under
 // `keepBytes` folded into their folder's remainder, and categories from the folder catalog. Folders
 // are opened relative to their parent's descriptor and the walk keeps its own stack, so neither
-// path length nor depth limits it. A scan is blocking and single-threaded; run it off the UI
-// thread.
+// path length nor depth limits it. A scan is blocking; run it off the UI thread. A few threads
+// of its own read folders ahead of it, and it assembles the tree alone, in listing order.
 #pragma once
 
 #include <cstdint>
 #include <expected>
+#include <filesystem>
 #include <functional>
 #include <optional>
 #include <stop_token>
@@ -53,17 +54,22 @@ struct ScanError {
 
 // The walk itself, without categories (every node but locked ones is left `other`): for callers
 // that want sizes only. `DiskScanner::scan` is this plus the folder catalog's categories.
+// `readerThreads` threads read folders ahead of the walk (none: the walk reads each itself);
+// the result is the same whatever their number.
 [[nodiscard]] std::expected<WalkResult, ScanError> walkTree(
     const std::string& root, const std::optional<std::string>& stripPrefix,
-    const ScanProgressHandler& progress, std::stop_token stop = {});
+    const ScanProgressHandler& progress, std::stop_token stop = {}, std::size_t readerThreads = 0);
 
 class DiskScanner {
  public:
   // Decimal bytes: an item smaller than this is folded into its folder's remainder.
   static constexpr std::uint64_t keepBytes = 1'000'000;
 
-  // `home` is given to the folder catalog when categories are set.
-  explicit DiskScanner(std::string home) : home_(std::move(home)) {}
+  // `home` is given to the folder catalog when categories are set. `sysRoot` is where the kind
+  // of the scanned disk is found, which sets how many threads read folders (walk_readers.h);
+  // without it the disk is taken as one that serves reads in parallel.
+  explicit DiskScanner(std::string home, std::filesystem::path sysRoot = {})
+      : home_(std::move(home)), sysRoot_(std::move(sysRoot)) {}
 
   // Walks from `root` (a link at the root itself is followed). Trailing slashes of `root` are
   // dropped. Cancelled through `stop` before any folder is entered; the partial tree is then
@@ -83,6 +89,7 @@ class DiskScanner {
 
  private:
   std::string home_;
+  std::filesystem::path sysRoot_;
 };
 
 }  // namespace pellwin

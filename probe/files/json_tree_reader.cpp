@@ -103,9 +103,20 @@ bool JSONTreeReader::nodeScalar(Level& level, const Scalar& value) {
     return true;
   };
   if (key == "name") return text(node.name, kName);
-  if (key == "path") return text(node.path, kPath);
+  if (key == "path") {
+    const std::string* got = asText(value);
+    if (got == nullptr) return false;
+    // The exact bytes, when given, win over the readable stand-in, in whichever order they come.
+    if (!level.pathBytes) node.path = linkedPath(*got);
+    level.seen |= kPath;
+    return true;
+  }
   if (key == "nameBytes") return exactBytes(level.nameBytes);
-  if (key == "pathBytes") return exactBytes(level.pathBytes);
+  if (key == "pathBytes") {
+    if (!exactBytes(level.pathBytes)) return false;
+    node.path = linkedPath(*level.pathBytes);
+    return true;
+  }
   if (key == "bytes") return unsignedField(node.bytes, kBytes);
   if (key == "restBytes") return unsignedField(node.restBytes, kRestBytes);
   if (key == "isDirectory") return flag(node.isDirectory, kIsDirectory);
@@ -235,12 +246,27 @@ bool JSONTreeReader::key(string_t& value) {
   return true;
 }
 
+// The node being read is on top of the stack, above its parent's "children" and its parent.
+NodePath JSONTreeReader::linkedPath(std::string_view text) const {
+  if (stack_.size() >= 3 && stack_[stack_.size() - 2].context == Context::children) {
+    const Level& parent = stack_[stack_.size() - 3];
+    const NodePath& folder = parent.node.path;
+    if (parent.context == Context::node && (parent.seen & kPath) != 0 && !folder.empty() &&
+        text.size() > folder.size() && folder.contains(text)) {
+      const std::string_view name = text.substr(folder.size() + (folder.endsWithSlash() ? 0 : 1));
+      if (!name.empty() && name.find('/') == std::string_view::npos) {
+        return NodePath::inFolder(folder, name);
+      }
+    }
+  }
+  return NodePath(std::string(text));
+}
+
 bool JSONTreeReader::finishNode() {
   Level level = std::move(stack_.back());
   stack_.pop_back();
   if ((level.seen & kAllRequired) != kAllRequired) return false;
   if (level.nameBytes) level.node.name = std::move(*level.nameBytes);
-  if (level.pathBytes) level.node.path = std::move(*level.pathBytes);
   if (stack_.empty()) {
     tree_ = std::move(level.node);
     finished_ = true;

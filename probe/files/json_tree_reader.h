@@ -7,6 +7,7 @@
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "core/space/size_node.h"
@@ -72,6 +73,10 @@ class JSONTreeReader : public nlohmann::json_sax<nlohmann::json> {
   [[nodiscard]] bool nodeScalar(Level& level, const Scalar& value);
   [[nodiscard]] bool topScalar(Level& level, const Scalar& value);
   [[nodiscard]] bool finishNode();
+  // A node's path from its text: sharing its parent's path when it is that path and one more
+  // name, as every path the walk writes is, so that a deep tree loads in memory that grows
+  // with its nodes, not with their paths' lengths.
+  [[nodiscard]] NodePath linkedPath(std::string_view text) const;
   // The end of an object or array inside a value that is passed over.
   [[nodiscard]] bool endSkipped();
 

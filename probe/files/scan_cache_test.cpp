@@ -4,6 +4,9 @@
 
 #include <filesystem>
 #include <nlohmann/json.hpp>
+#include <string_view>
+#include <utility>
+#include <vector>
 
 #include "probe/files/size_node_json.h"
 #include "testing/scratch_folder.h"
@@ -188,6 +191,67 @@ TEST(SizeNodeJSON, ReadsANodeWithoutOptionalKeysAndRejectsOneWithoutRestCount) {
   missing.erase(missing.find("\"restCount\":0,"), 14);
   EXPECT_EQ(SizeNodeJSON::decode(missing), std::nullopt);
   EXPECT_EQ(SizeNodeJSON::decode(SizeNodeJSON::encode(sampleTree())), sampleTree());
+}
+
+// What the version before paths were shared wrote, byte for byte, for a small home: a name that
+// is not UTF-8 (with its exact bytes beside it), markers, a remainder.
+constexpr std::string_view kEarlierFile =
+    R"({"version":2,"tree":{"name":"ann","path":"/home/ann","bytes":4722688,"isDirectory":true,)"
+    R"("children":[{"name":"Music","path":"/home/ann/Music","bytes":3514368,"isDirectory":true,)"
+    R"("children":[{"name":"song.flac","path":"/home/ann/Music/song.flac","bytes":2002944,)"
+    R"("isDirectory":false,"children":[],"restBytes":0,"restCount":0,"isLocked":false,)"
+    R"("lastUsed":725857445.0,"category":"yourFiles"},{"name":"old","path":"/home/ann/Music/old",)"
+    R"("bytes":1507328,"isDirectory":true,"children":[{"name":"caf)"
+    "\xef\xbf\xbd"
+    R"(.wav","nameBytes":"636166e92e776176","path":"/home/ann/Music/old/caf)"
+    "\xef\xbf\xbd"
+    R"(.wav","pathBytes":"2f686f6d652f616e6e2f4d757369632f6f6c642f636166e92e776176",)"
+    R"("bytes":1503232,"isDirectory":false,"children":[],"restBytes":0,"restCount":0,)"
+    R"("isLocked":false,"lastUsed":725857445.0,"category":"yourFiles"}],"restBytes":0,)"
+    R"("restCount":0,"isLocked":false,"lastUsed":725857445.0,"category":"yourFiles"}],)"
+    R"("restBytes":0,"restCount":0,"isLocked":false,"lastUsed":725857445.0,"category":"yourFiles"},)"
+    R"({"name":"code","path":"/home/ann/code","bytes":1204224,"isDirectory":true,"children":[)"
+    R"({"name":"blob.bin","path":"/home/ann/code/blob.bin","bytes":1200128,"isDirectory":false,)"
+    R"("children":[],"restBytes":0,"restCount":0,"isLocked":false,"lastUsed":725857445.0,)"
+    R"("category":"developer"}],"restBytes":0,"restCount":1,"isLocked":false,)"
+    R"("lastUsed":725857445.0,"category":"developer","markers":["package.json"]}],"restBytes":0,)"
+    R"("restCount":0,"isLocked":false,"lastUsed":725857445.0,"category":"other"},)"
+    R"("scannedAt":817131263.7961686,"root":"/home/ann","access":"unknown"})";
+
+TEST(ScanCache, ReadsTheEarlierFileSharingEachPathWithItsFolderAndWritesItBackAsItWas) {
+  const auto scan = CachedScan::decode(kEarlierFile);
+  ASSERT_TRUE(scan.has_value());
+  EXPECT_EQ(scan->encode(), kEarlierFile);
+  std::size_t nodes = 0;
+  std::vector<std::pair<const SizeNode*, const SizeNode*>> pending{{&scan->tree, nullptr}};
+  while (!pending.empty()) {
+    const auto [node, parent] = pending.back();
+    pending.pop_back();
+    ++nodes;
+    SCOPED_TRACE(node->path.str());
+    if (parent != nullptr) {
+      EXPECT_TRUE(node->path.isInFolder(parent->path));
+    }
+    for (const SizeNode& child : node->children) pending.emplace_back(&child, node);
+  }
+  EXPECT_EQ(nodes, 7u);
+  const SizeNode* odd = scan->tree.find("/home/ann/Music/old/caf\xe9.wav");
+  ASSERT_NE(odd, nullptr);
+  EXPECT_EQ(odd->name, "caf\xe9.wav");
+}
+
+TEST(ScanCache, KeepsAPathThatIsNotItsFoldersPathAndANameAsWritten) {
+  const std::string json =
+      R"({"name":"r","path":"/r","bytes":9,"isDirectory":true,"children":[)"
+      R"({"name":"x","path":"/elsewhere/x","bytes":9,"isDirectory":false,"children":[],)"
+      R"("restBytes":0,"restCount":0,"isLocked":false,"category":"other"}],)"
+      R"("restBytes":0,"restCount":0,"isLocked":false,"category":"other"})";
+  const auto tree = SizeNodeJSON::decode(json);
+  ASSERT_TRUE(tree.has_value());
+  ASSERT_EQ(tree->children.size(), 1u);
+  EXPECT_EQ(tree->children[0].path, "/elsewhere/x");
+  EXPECT_FALSE(tree->children[0].path.isInFolder(tree->path));
+  EXPECT_EQ(SizeNodeJSON::encode(*tree), json);
 }
 
 }  // namespace

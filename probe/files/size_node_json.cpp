@@ -81,7 +81,7 @@ void appendHead(const SizeNode& node, std::string& out) {
   out += '{';
   appendText(out, "name", node.name);
   out += ',';
-  appendText(out, "path", node.path);
+  appendText(out, "path", node.path.str());
   out += ',';
   appendNumber(out, "bytes", node.bytes);
   out += ',';
