@@ -6,10 +6,11 @@
 #include <QChartView>
 #include <QDateTime>
 #include <QDateTimeAxis>
+#include <QGridLayout>
+#include <QLabel>
 #include <QLineSeries>
 #include <QMouseEvent>
 #include <QScatterSeries>
-#include <QVBoxLayout>
 
 #include "ui/palette.h"
 #include "ui/ui_text.h"
@@ -72,10 +73,15 @@ class HistoryChart::View : public QChartView {
   HistoryChart* owner_;
 };
 
-HistoryChart::HistoryChart(QWidget* parent) : QWidget(parent), view_(new View(this)) {
-  auto* layout = new QVBoxLayout(this);
+HistoryChart::HistoryChart(QWidget* parent)
+    : QWidget(parent), view_(new View(this)), empty_(makeLabel(this)) {
+  auto* layout = new QGridLayout(this);
   layout->setContentsMargins(0, 0, 0, 0);
-  layout->addWidget(view_);
+  layout->addWidget(view_, 0, 0);
+  empty_->setText(emptyText);
+  makeSecondary(empty_);
+  empty_->setAttribute(Qt::WA_TransparentForMouseEvents);
+  layout->addWidget(empty_, 0, 0, Qt::AlignCenter);
   setMinimumHeight(220);
 }
 
@@ -83,6 +89,7 @@ HistoryChart::~HistoryChart() = default;
 
 void HistoryChart::show(const ChartSeries& series) {
   shown_ = series;
+  empty_->setVisible(series.isEmpty());
   QChart* chart = view_->chart();
   chart->removeAllSeries();
   markLine_ = nullptr;
@@ -114,6 +121,8 @@ void HistoryChart::show(const ChartSeries& series) {
   band.setAlpha(60);
   auto* strain = new QScatterSeries;
   auto* problem = new QScatterSeries;
+  // A run of one point has no line to draw: it is shown as a dot.
+  auto* lone = new QScatterSeries;
   for (const auto& run : series.runs) {
     auto* value = new QLineSeries;
     auto* lows = new QLineSeries;
@@ -126,6 +135,7 @@ void HistoryChart::show(const ChartSeries& series) {
       if (point.worst == Health::strain) strain->append(x, point.value);
       if (point.worst == Health::problem) problem->append(x, point.value);
     }
+    if (run.size() == 1) lone->append(value->at(0));
     auto* area = new QAreaSeries(highs, lows);
     area->setPen(Qt::NoPen);
     area->setBrush(band);
@@ -137,6 +147,12 @@ void HistoryChart::show(const ChartSeries& series) {
       drawn->attachAxis(values);
     }
   }
+  lone->setMarkerSize(5);
+  lone->setColor(line);
+  lone->setBorderColor(line);
+  chart->addSeries(lone);
+  lone->attachAxis(time);
+  lone->attachAxis(values);
   for (auto [marks, health] : {std::pair{strain, Health::strain}, {problem, Health::problem}}) {
     marks->setMarkerSize(6);
     marks->setColor(healthColor(health));
@@ -181,6 +197,8 @@ QPoint HistoryChart::positionOf(double time) const {
       chart->mapToPosition(QPointF(msecs(time), (shown_.low + shown_.high) / 2));
   return view_->mapFromScene(chart->mapToScene(inChart));
 }
+
+bool HistoryChart::showsEmpty() const { return !empty_->isHidden(); }
 
 QWidget* HistoryChart::surface() const { return view_->viewport(); }
 

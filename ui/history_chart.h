@@ -9,6 +9,7 @@
 
 #include "core/history/chart_series.h"
 
+class QLabel;
 class QLineSeries;
 
 namespace pellwin::ui {
@@ -17,6 +18,8 @@ class HistoryChart : public QWidget {
   Q_OBJECT
 
  public:
+  static constexpr const char* emptyText = "Nothing was recorded in this range.";
+
   explicit HistoryChart(QWidget* parent = nullptr);
   ~HistoryChart() override;
 
@@ -28,6 +31,8 @@ class HistoryChart : public QWidget {
   // pointer's moves (for tests and screenshots, which point as a user would).
   [[nodiscard]] QPoint positionOf(double time) const;
   [[nodiscard]] QWidget* surface() const;
+  // Whether `emptyText` is shown over the chart, as it is when the range holds no points.
+  [[nodiscard]] bool showsEmpty() const;
   // The lines drawn: one per run of recorded points.
   [[nodiscard]] int lineCount() const;
 
@@ -40,6 +45,7 @@ class HistoryChart : public QWidget {
   void drawMark();
 
   View* view_;
+  QLabel* empty_;
   ChartSeries shown_;
   std::optional<double> marked_;
   QLineSeries* markLine_ = nullptr;  // owned by the chart; null when none is drawn

@@ -41,6 +41,7 @@ TEST_F(HistoryScreenTest, DrawsTheSeededDayWithTheGapAsABreakTheStripAndTheSlowP
   EXPECT_EQ(screen.chart()->lineCount(),
             static_cast<int>(view.series.at(HistoryMetric::memoryUsed).runs.size()));
   EXPECT_GE(screen.chart()->lineCount(), 2) << "the seeded gap breaks the line";
+  EXPECT_FALSE(screen.chart()->showsEmpty());
 
   // The rightmost cell of the first row: today's memory.
   QString today;
@@ -62,6 +63,16 @@ TEST_F(HistoryScreenTest, DrawsTheSeededDayWithTheGapAsABreakTheStripAndTheSlowP
   EXPECT_EQ(
       screen.chart()->lineCount(),
       static_cast<int>(screen.model().view()->series.at(HistoryMetric::memoryUsed).runs.size()));
+}
+
+TEST_F(HistoryScreenTest, SaysSoWhenTheRangeHoldsNothing) {
+  HistoryRecorder recorder(recorderSetup(local() / "new.sqlite"));
+  HistoryScreen screen(setup(recorder));
+  showLoaded(screen);
+  EXPECT_TRUE(screen.chart()->showsEmpty());
+  EXPECT_EQ(screen.chart()->lineCount(), 0);
+  ASSERT_EQ(screen.slowPeriods()->topLevelItemCount(), 1);
+  EXPECT_EQ(screen.slowPeriods()->topLevelItem(0)->text(0), HistoryScreen::noSlowPeriods);
 }
 
 TEST_F(HistoryScreenTest, PointingAtAMomentListsThatMinutesStoredRanking) {
