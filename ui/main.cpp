@@ -32,7 +32,8 @@ int main(int argc, char** argv) {
     return status;
   }
   if (!hasDisplay()) {
-    std::cerr << "Tovrin needs a desktop session for its window; without one, try tovrin --check.\n";
+    std::cerr
+        << "Tovrin needs a desktop session for its window; without one, try tovrin --check.\n";
     return 2;
   }
   return pellwin::ui::runTrayApp(argc, argv, command, environment);

@@ -5,13 +5,18 @@
 
 #include <QApplication>
 #include <QDir>
+#include <QMouseEvent>
 #include <QPalette>
 
 #include "testing/monitor_scene.h"
-#include "ui/screenshot_palettes.h"
+#include "ui/alerts_screen.h"
+#include "ui/history_screen.h"
 #include "ui/main_window.h"
 #include "ui/monitor_screen.h"
 #include "ui/panel.h"
+#include "ui/report_screen.h"
+#include "ui/screenshot_palettes.h"
+#include "ui/seeded_history_fixture.h"
 
 namespace pellwin::ui {
 namespace {
@@ -53,6 +58,68 @@ void render(const QString& theme, const QPalette& palette) {
 }
 
 TEST(Screenshots, PanelAndMonitorInLightAndDarkThemes) {
+  render("light", lightPalette());
+  render("dark", darkPalette());
+}
+
+class HistoryScreenshots : public SeededHistoryTest {
+ protected:
+  void render(const QString& theme, const QPalette& palette) {
+    const QPalette saved = QApplication::palette();
+    QApplication::setPalette(palette);
+    const auto path = local() / (theme.toStdString() + ".sqlite");
+    std::filesystem::copy_file(seeded() / "seeded.sqlite", path);
+    ASSERT_TRUE(store(path).logClean(now - 5400, "Browser caches", 1'200'000'000, 0, 340));
+    HistoryRecorder recorder(recorderSetup(path));
+    MainWindow window;
+    window.addScreen("Monitor", new QWidget);
+    auto* report = new ReportScreen({.recorder = recorder, .now = clock(), .calendar = calendar()});
+    auto* history = new HistoryScreen(
+        {.recorder = recorder, .now = clock(), .calendar = calendar(), .coreCount = 8});
+    auto* alerts = new AlertsScreen({.recorder = recorder, .now = clock(), .calendar = calendar()});
+    window.addScreen("Report", report);
+    window.addScreen("History", history);
+    window.addScreen("Alerts", alerts);
+    for (const char* later : {"Disk cleanup", "Quick clean", "Settings"}) {
+      window.addScreen(later, new QWidget);
+    }
+    recorder.onChange([&] {
+      const std::int64_t unread = recorder.unreadAlerts();
+      window.setBadge("Alerts", unread > 0 ? QString::number(unread) : QString());
+    });
+    ASSERT_TRUE(settle([&] { return recorder.unreadAlerts() > 0; }));
+    window.show();
+    const QString folder = QString(PELLWIN_BINARY_DIR) + "/screenshots";
+    QDir().mkpath(folder);
+    const auto save = [&](const char* name) {
+      for (int pass = 0; pass < 3; ++pass) QApplication::processEvents();
+      const QString file = folder + "/" + name + "-" + theme + ".png";
+      EXPECT_TRUE(window.grab().save(file)) << file.toStdString();
+    };
+
+    window.showScreen("Report");
+    ASSERT_TRUE(settle([&] { return report->model().report().has_value(); }));
+    save("report");
+
+    window.showScreen("History");
+    ASSERT_TRUE(settle([&] { return history->model().view() && !history->model().loading(); }));
+    // Point at the afternoon's worst stretch, as a user asking who was behind it would.
+    HistoryChart* chart = history->chart();
+    const QPointF at = chart->positionOf(now - 3 * 3600);
+    QMouseEvent move(QEvent::MouseMove, at, chart->surface()->mapToGlobal(at), Qt::NoButton,
+                     Qt::NoButton, Qt::NoModifier);
+    QApplication::sendEvent(chart->surface(), &move);
+    ASSERT_TRUE(settle([&] { return history->model().lookup().has_value(); }));
+    save("history");
+
+    window.showScreen("Alerts");
+    ASSERT_TRUE(settle([&] { return alerts->model().sections().has_value(); }));
+    save("alerts");
+    QApplication::setPalette(saved);
+  }
+};
+
+TEST_F(HistoryScreenshots, ReportHistoryAndAlertsInLightAndDarkThemes) {
   render("light", lightPalette());
   render("dark", darkPalette());
 }

@@ -6,6 +6,7 @@
 #include <QCursor>
 #include <QMenu>
 #include <iostream>
+#include <thread>
 
 #include "app/desktop/kernel_process_signals.h"
 #include "app/desktop/session_bus_notification_server.h"
@@ -70,6 +71,7 @@ TrayApp::TrayApp(const Command& command, const Environment& environment)
   connect(panel_.get(), &Panel::visibilityChanged, this, &TrayApp::reconcileVisibility);
   connect(window_.get(), &MainWindow::quitRequested, this, &TrayApp::quit);
   connect(window_.get(), &MainWindow::visibilityChanged, this, &TrayApp::reconcileVisibility);
+  addHistoryScreens();
   window_->addScreen("Disk cleanup",
                      new DiskCleanupScreen(environment.home, removalGuards(environment),
                                            spaceMapServices(environment, nullptr)));
@@ -116,6 +118,33 @@ void TrayApp::addSettingsScreen() {
                                      std::function<void(NotificationResult)> completion) {
                          notifier->post(std::move(title), std::move(body), std::move(completion));
                        }}));
+}
+
+void TrayApp::addHistoryScreens() {
+  window_->addScreen("Report",
+                     report_ = new ReportScreen(
+                         {.recorder = *history_, .now = systemNow, .calendar = systemCalendar}));
+  window_->addScreen("History",
+                     historyScreen_ = new HistoryScreen({
+                         .recorder = *history_,
+                         .now = systemNow,
+                         .calendar = systemCalendar,
+                         .coreCount = static_cast<int>(std::thread::hardware_concurrency()),
+                     }));
+  window_->addScreen("Alerts",
+                     alerts_ = new AlertsScreen(
+                         {.recorder = *history_, .now = systemNow, .calendar = systemCalendar}));
+  history_->onChange([this] { historyChanged(); });
+  historyChanged();
+}
+
+// The screens read again only while shown; the badge follows the recorder's count at once.
+void TrayApp::historyChanged() {
+  report_->refresh();
+  historyScreen_->refresh();
+  alerts_->refresh();
+  const std::int64_t unread = history_->unreadAlerts();
+  window_->setBadge("Alerts", unread > 0 ? QString::number(unread) : QString());
 }
 
 void TrayApp::showTour() {

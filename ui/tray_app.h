@@ -15,9 +15,12 @@
 #include "app/models/live_model.h"
 #include "app/models/notifier.h"
 #include "app/steady_ticker.h"
+#include "ui/alerts_screen.h"
+#include "ui/history_screen.h"
 #include "ui/main_window.h"
 #include "ui/monitor_screen.h"
 #include "ui/panel.h"
+#include "ui/report_screen.h"
 #include "ui/user_settings.h"
 
 namespace pellwin::ui {
@@ -47,6 +50,8 @@ class TrayApp : public QObject {
   void liveChanged();
   void reconcileVisibility();
   void addSettingsScreen();
+  void addHistoryScreens();
+  void historyChanged();
   void showTour();
 
   LaunchOptions launch_;
@@ -61,6 +66,9 @@ class TrayApp : public QObject {
   QuitControl* quit_;  // a child: outlives the panel and the screens, which use it
   std::unique_ptr<Panel> panel_;
   MonitorScreen* monitor_;  // owned by the window
+  ReportScreen* report_;    // owned by the window
+  HistoryScreen* historyScreen_;
+  AlertsScreen* alerts_;
   Health shownDot_ = Health::ok;
 };
 
