@@ -8,7 +8,8 @@ set -euo pipefail
 tovrin=$1
 out=$2
 mkdir -p "$out"
-rm -f "$out"/*.png
+# Only this run's own pictures: the widget tests write theirs into the same folder.
+rm -f "$out"/window-*.png "$out"/tour-*.png "$out"/tray-icon.png
 source "$(dirname "$0")/fake_session.sh" "$out/tray-icon.png"
 
 # $1: the status file, then the arguments. Starts tovrin in the background; sets $app.
