@@ -137,6 +137,10 @@ void HistoryChart::show(const ChartSeries& series) {
     }
     if (run.size() == 1) lone->append(value->at(0));
     auto* area = new QAreaSeries(highs, lows);
+    // The band's edges are never added to the chart, and the area does not own them: they
+    // go with the area when the chart drops it.
+    highs->setParent(area);
+    lows->setParent(area);
     area->setPen(Qt::NoPen);
     area->setBrush(band);
     value->setPen(QPen(line, 2));

@@ -194,7 +194,8 @@ TEST(WalkEquivalence, ReadersLeaveOutAFolderBoundOnTheSameDisk) {
   makeMixedTree(root);
   testing::BindMount bound(root + "/a", root + "/m/bound", root);
   if (!bound.mounted()) GTEST_SKIP() << bound.failure();
-  const SizeNode* m = ReferenceWalk().run(root).tree.find(root + "/m");
+  const WalkResult reference = ReferenceWalk().run(root);
+  const SizeNode* m = reference.tree.find(root + "/m");
   ASSERT_NE(m, nullptr);
   EXPECT_EQ(m->find(root + "/m/bound"), nullptr);
   EXPECT_EQ(differences(root), "");
