@@ -44,9 +44,10 @@ std::optional<MinuteRow> readMinute(const SQLiteStatement& row) {
   return minute;
 }
 
-// The same columns as readMinute, as the chart point of a minute (see HistoryPoint::from).
-std::optional<HistoryPoint> readMinutePoint(const SQLiteStatement& row) {
-  HistoryPoint point{.time = row.real(0), .span = 60, .covered = row.real(1)};
+// A chart point from column 1 on: the covered seconds, then value, low and high of every
+// metric, then the worst health of every resource (the columns readMinute reads).
+HistoryPoint readPointColumns(const SQLiteStatement& row, double time, double span) {
+  HistoryPoint point{.time = time, .span = span, .covered = row.real(1)};
   int column = 2;
   for (HistoryMetric metric : allHistoryMetrics) {
     if (!row.isNull(column)) {
@@ -59,6 +60,11 @@ std::optional<HistoryPoint> readMinutePoint(const SQLiteStatement& row) {
   }
   for (Resource resource : allResources) readHealth(row, column++, resource, point.worst);
   return point;
+}
+
+// The same columns as readMinute, as the chart point of a minute (see HistoryPoint::from).
+std::optional<HistoryPoint> readMinutePoint(const SQLiteStatement& row) {
+  return readPointColumns(row, row.real(0), 60);
 }
 
 std::optional<MinuteAppRow> readMinuteApp(const SQLiteStatement& row) {
@@ -225,25 +231,11 @@ SQLiteResult<std::vector<HistoryPoint>> HistoryStore::chartPoints(HistoryRange r
   }
   for (const std::string& worst : Schema::minuteWorstColumns()) sql += ", MAX(" + worst + ")";
   sql += " FROM minutes WHERE minute >= ? AND minute < ? GROUP BY slot ORDER BY slot";
-  return db_.query<HistoryPoint>(
-      sql, std::vector<SQLiteValue>{end - span(range) - 60, end},
-      [size](const SQLiteStatement& row) -> std::optional<HistoryPoint> {
-        HistoryPoint point{.time = static_cast<double>(row.integer(0)) * size,
-                           .span = size,
-                           .covered = row.real(1)};
-        int column = 2;
-        for (HistoryMetric metric : allHistoryMetrics) {
-          if (!row.isNull(column)) {
-            point.values.emplace_hint(point.values.end(), metric,
-                                      PointValue{.value = row.real(column),
-                                                 .low = row.real(column + 1),
-                                                 .high = row.real(column + 2)});
-          }
-          column += 3;
-        }
-        for (Resource resource : allResources) readHealth(row, column++, resource, point.worst);
-        return point;
-      });
+  return db_.query<HistoryPoint>(sql, std::vector<SQLiteValue>{end - span(range) - 60, end},
+                                 [size](const SQLiteStatement& row) -> std::optional<HistoryPoint> {
+                                   return readPointColumns(
+                                       row, static_cast<double>(row.integer(0)) * size, size);
+                                 });
 }
 
 SQLiteResult<std::optional<double>> HistoryStore::lastSampleTime() const {
