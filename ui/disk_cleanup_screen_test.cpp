@@ -8,6 +8,7 @@
 #include <numbers>
 
 #include "core/space/space_map_texts.h"
+#include "testing/home_tree.h"
 #include "ui/ui_text.h"
 
 // Failures show the texts rather than their bytes.
@@ -16,27 +17,7 @@ static void PrintTo(const QString& text, std::ostream* out) { *out << text.toStd
 namespace pellwin::ui {
 namespace {
 
-const std::string home = "/home/ann";
-
-SizeNode file(const std::string& relative, std::uint64_t bytes,
-              StorageCategory category = StorageCategory::other) {
-  const std::string path = home + "/" + relative;
-  return SizeNode{
-      .name = path.substr(path.rfind('/') + 1), .path = path, .bytes = bytes, .category = category};
-}
-
-SizeNode folder(const std::string& relative, std::uint64_t restBytes,
-                std::vector<SizeNode> children, StorageCategory category = StorageCategory::other) {
-  SizeNode node = relative.empty() ? SizeNode{.name = "ann", .path = home, .category = category}
-                                   : file(relative, 0, category);
-  node.isDirectory = true;
-  node.restBytes = restBytes;
-  node.bytes = restBytes;
-  for (const SizeNode& child : children) node.bytes += child.bytes;
-  SizeNode::sortChildren(children);
-  node.children = std::move(children);
-  return node;
-}
+using namespace testing::home_tree;
 
 // A JavaScript project with its packages, documents, a film, a cache and security keys.
 SizeNode sampleHome() {

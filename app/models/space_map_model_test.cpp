@@ -7,6 +7,7 @@
 #include <mutex>
 
 #include "testing/enum_text_round_trip.h"
+#include "testing/home_tree.h"
 #include "testing/owner_loop.h"
 
 namespace pellwin {
@@ -16,27 +17,7 @@ using testing::OwnerLoop;
 using Outcome = TrashResult::Outcome;
 using Phase = SpaceMapModel::Phase;
 
-const std::string home = "/home/ann";
-
-SizeNode file(const std::string& relative, std::uint64_t bytes,
-              StorageCategory category = StorageCategory::other) {
-  const std::string path = home + "/" + relative;
-  return SizeNode{
-      .name = path.substr(path.rfind('/') + 1), .path = path, .bytes = bytes, .category = category};
-}
-
-SizeNode folder(const std::string& relative, std::uint64_t restBytes,
-                std::vector<SizeNode> children, StorageCategory category = StorageCategory::other) {
-  SizeNode node = file(relative, restBytes, category);
-  if (relative.empty()) node = SizeNode{.name = "ann", .path = home, .category = category};
-  node.isDirectory = true;
-  node.restBytes = restBytes;
-  node.bytes = restBytes;
-  for (const SizeNode& child : children) node.bytes += child.bytes;
-  SizeNode::sortChildren(children);
-  node.children = std::move(children);
-  return node;
-}
+using namespace testing::home_tree;
 
 // 100 MB of home: a JavaScript project with its packages, documents, a film, a guarded folder,
 // a cache that may be deleted for good, security keys and a folder that could not be read.
