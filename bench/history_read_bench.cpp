@@ -1,10 +1,13 @@
-// What the history screens cost on a full file: the 30-day chart read and laid out into every
-// metric's series, and the weekly report read and summed, on 30 days of a machine that was on
-// all day (see testing/month_history.h). The file is generated once per run; its size is reported.
+// What the history screens cost on a full file: one metric's chart read and laid out for each
+// range (and the 30-day chart of every metric, for comparison), and the weekly report read and
+// summed, on 30 days of a machine that was on all day (see testing/month_history.h). The file is
+// generated once per run; its size is reported.
 #include <benchmark/benchmark.h>
 
 #include <filesystem>
 #include <memory>
+#include <span>
+#include <string>
 
 #include "app/models/report_model.h"
 #include "core/history/chart_series.h"
@@ -52,7 +55,38 @@ void addFileSize(benchmark::State& state, const MonthFile& file) {
   state.counters["file_MB"] = bytes / 1e6;
 }
 
-void BM_MonthChart(benchmark::State& state) {
+// What the History screen reads on its thread: one metric's chart (memory used, the first one
+// shown) over the range given as the argument, read and laid out.
+void BM_Chart(benchmark::State& state) {
+  MonthFile& file = monthFile();
+  if (!file.store) {
+    state.SkipWithError(file.error.c_str());
+    return;
+  }
+  const auto range = static_cast<HistoryRange>(state.range(0));
+  constexpr HistoryMetric metric = HistoryMetric::memoryUsed;
+  std::size_t points = 0;
+  for (auto _ : state) {
+    auto read = file.store->chartPoints(range, kEnd, std::span(&metric, 1));
+    if (!read) {
+      state.SkipWithError("read failed");
+      return;
+    }
+    const auto series = chartSeries(*read, metric, range, kEnd);
+    points = read->size();
+    benchmark::DoNotOptimize(series);
+  }
+  state.SetLabel(std::string(rawValue(range)));
+  state.counters["points"] = static_cast<double>(points);
+  addFileSize(state, file);
+}
+BENCHMARK(BM_Chart)
+    ->DenseRange(0, static_cast<int>(HistoryRange::month))
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime();
+
+// The 30-day chart of every metric at once, as the screen read it before it read one.
+void BM_MonthChartEveryMetric(benchmark::State& state) {
   MonthFile& file = monthFile();
   if (!file.store) {
     state.SkipWithError(file.error.c_str());
@@ -72,7 +106,7 @@ void BM_MonthChart(benchmark::State& state) {
   state.counters["points"] = static_cast<double>(points);
   addFileSize(state, file);
 }
-BENCHMARK(BM_MonthChart)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(BM_MonthChartEveryMetric)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 // The two halves of the chart apart: the read alone, and the layout of rows already read.
 void BM_MonthChartReadOnly(benchmark::State& state) {

@@ -8,6 +8,7 @@
 #include <expected>
 #include <filesystem>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -62,9 +63,13 @@ class HistoryStore {
   // chart bucket (whole multiples of the bucket since 1970) are folded by SQLite into one point
   // whose values are weighted by covered seconds, lows and highs the extremes and health the
   // worst, so chartSeries gives the same series as from `points` at a fraction of the cost (a
-  // month is 360 points, not 43,200). The hour and day are `points`.
+  // month is 360 points, not 43,200). The hour and day are `points`. With `metrics`, only
+  // those metrics and the health of their resources are read: a chart of one metric reads a
+  // thirteenth of the values, and its series is the same as from every metric's points.
   [[nodiscard]] SQLiteResult<std::vector<HistoryPoint>> chartPoints(HistoryRange range,
                                                                     double end) const;
+  [[nodiscard]] SQLiteResult<std::vector<HistoryPoint>> chartPoints(
+      HistoryRange range, double end, std::span<const HistoryMetric> metrics) const;
   [[nodiscard]] SQLiteResult<std::optional<double>> lastSampleTime() const;
   [[nodiscard]] SQLiteResult<std::int64_t> rowCount(HistoryTable table) const;
   [[nodiscard]] SQLiteResult<int> userVersion() const;

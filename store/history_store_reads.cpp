@@ -1,5 +1,7 @@
 // The range reads of the history store and how stored rows map back to records.
 #include <algorithm>
+#include <span>
+#include <string_view>
 
 #include "core/base/format.h"
 #include "store/cause_json.h"
@@ -44,27 +46,65 @@ std::optional<MinuteRow> readMinute(const SQLiteStatement& row) {
   return minute;
 }
 
-// A chart point from column 1 on: the covered seconds, then value, low and high of every
-// metric, then the worst health of every resource (the columns readMinute reads).
-HistoryPoint readPointColumns(const SQLiteStatement& row, double time, double span) {
-  HistoryPoint point{.time = time, .span = span, .covered = row.real(1)};
-  int column = 2;
-  for (HistoryMetric metric : allHistoryMetrics) {
-    if (!row.isNull(column)) {
-      point.values.emplace_hint(point.values.end(), metric,
-                                PointValue{.value = row.real(column),
-                                           .low = row.real(column + 1),
-                                           .high = row.real(column + 2)});
+// The columns a chart read selects after the time and the covered seconds: the metrics asked
+// for, in their fixed order, then the health of the resources they come from. Every metric's
+// value is one column in a sample and three (value, low, high) in a minute.
+struct ChartColumns {
+  std::vector<HistoryMetric> metrics;
+  std::vector<Resource> resources;
+  int perMetric = 3;
+
+  // The columns, each after ", ", to follow the first two in a SELECT list.
+  [[nodiscard]] std::string selected(std::string_view healthPrefix) const {
+    std::string list;
+    for (HistoryMetric metric : metrics) {
+      const std::string_view name = rawValue(metric);
+      if (perMetric == 1) {
+        list.append(", ").append(name);
+      } else {
+        for (const char* suffix : {"_avg", "_low", "_high"})
+          list.append(", ").append(name) += suffix;
+      }
     }
-    column += 3;
+    for (Resource resource : resources)
+      list.append(", ").append(healthPrefix).append(rawValue(resource));
+    return list;
   }
-  for (Resource resource : allResources) readHealth(row, column++, resource, point.worst);
-  return point;
+};
+
+ChartColumns chartColumns(std::span<const HistoryMetric> metrics, int perMetric) {
+  ChartColumns columns{.metrics = {}, .resources = {}, .perMetric = perMetric};
+  for (HistoryMetric metric : allHistoryMetrics) {
+    if (std::ranges::find(metrics, metric) != metrics.end()) columns.metrics.push_back(metric);
+  }
+  for (Resource resource : allResources) {
+    if (std::ranges::any_of(columns.metrics,
+                            [resource](HistoryMetric m) { return resourceOf(m) == resource; })) {
+      columns.resources.push_back(resource);
+    }
+  }
+  return columns;
 }
 
-// The same columns as readMinute, as the chart point of a minute (see HistoryPoint::from).
-std::optional<HistoryPoint> readMinutePoint(const SQLiteStatement& row) {
-  return readPointColumns(row, row.real(0), 60);
+// A chart point from column 2 on, as `columns` lists them.
+HistoryPoint readPointColumns(const SQLiteStatement& row, double time, double span, double covered,
+                              const ChartColumns& columns) {
+  HistoryPoint point{.time = time, .span = span, .covered = covered};
+  int column = 2;
+  for (HistoryMetric metric : columns.metrics) {
+    if (!row.isNull(column)) {
+      const double value = row.real(column);
+      point.values.emplace_hint(
+          point.values.end(), metric,
+          columns.perMetric == 1
+              ? PointValue{.value = value, .low = value, .high = value}
+              : PointValue{
+                    .value = value, .low = row.real(column + 1), .high = row.real(column + 2)});
+    }
+    column += columns.perMetric;
+  }
+  for (Resource resource : columns.resources) readHealth(row, column++, resource, point.worst);
+  return point;
 }
 
 std::optional<MinuteAppRow> readMinuteApp(const SQLiteStatement& row) {
@@ -210,32 +250,57 @@ SQLiteResult<std::vector<HistoryPoint>> HistoryStore::points(HistoryRange range,
   }
   // Straight into points: a month is 43,200 rows, and a MinuteRow between would double the
   // allocations that dominate this read.
+  const ChartColumns columns = chartColumns(allHistoryMetrics, 3);
   return db_.query<HistoryPoint>(
       "SELECT " + Schema::joined(Schema::minuteColumns(), ", ") +
           " FROM minutes WHERE minute >= ? AND minute <= ? ORDER BY minute",
-      std::vector<SQLiteValue>{start - 60, end}, readMinutePoint);
+      std::vector<SQLiteValue>{start - 60, end},
+      [&columns](const SQLiteStatement& row) -> std::optional<HistoryPoint> {
+        return readPointColumns(row, row.real(0), 60, row.real(1), columns);
+      });
 }
 
 SQLiteResult<std::vector<HistoryPoint>> HistoryStore::chartPoints(HistoryRange range,
                                                                   double end) const {
-  if (!usesMinutes(range)) return points(range, end);
+  return chartPoints(range, end, allHistoryMetrics);
+}
+
+SQLiteResult<std::vector<HistoryPoint>> HistoryStore::chartPoints(
+    HistoryRange range, double end, std::span<const HistoryMetric> metrics) const {
+  const double start = end - span(range);
+  if (!usesMinutes(range)) {
+    const ChartColumns columns = chartColumns(metrics, 1);
+    return db_.query<HistoryPoint>(
+        "SELECT time, span" + columns.selected("h_") +
+            " FROM samples WHERE time >= ? AND time <= ? ORDER BY time",
+        std::vector<SQLiteValue>{start, end},
+        [&columns](const SQLiteStatement& row) -> std::optional<HistoryPoint> {
+          // A sample covers the seconds that end at its time (see HistoryPoint::from).
+          const double length = row.real(1);
+          return readPointColumns(row, row.real(0) - length, length, length, columns);
+        });
+  }
+  const ChartColumns columns = chartColumns(metrics, 3);
   const double size = bucket(range);
   // As chartSeries weighs points: by covered seconds, a minute that covered none barely.
   const std::string weight = "MAX(covered, 1e-9)";
   std::string sql =
       "SELECT CAST(minute / " + Format::fixed(size, 0) + " AS INTEGER) AS slot, SUM(covered)";
-  for (const std::string& metric : Schema::metricColumns()) {
-    sql += ", SUM(" + metric + "_avg * " + weight + ") / SUM(CASE WHEN " + metric +
-           "_avg IS NOT NULL THEN " + weight + " END), MIN(" + metric + "_low), MAX(" + metric +
+  for (HistoryMetric metric : columns.metrics) {
+    const std::string name(rawValue(metric));
+    sql += ", SUM(" + name + "_avg * " + weight + ") / SUM(CASE WHEN " + name +
+           "_avg IS NOT NULL THEN " + weight + " END), MIN(" + name + "_low), MAX(" + name +
            "_high)";
   }
-  for (const std::string& worst : Schema::minuteWorstColumns()) sql += ", MAX(" + worst + ")";
+  for (Resource resource : columns.resources)
+    sql += ", MAX(w_" + std::string(rawValue(resource)) + ")";
   sql += " FROM minutes WHERE minute >= ? AND minute < ? GROUP BY slot ORDER BY slot";
-  return db_.query<HistoryPoint>(sql, std::vector<SQLiteValue>{end - span(range) - 60, end},
-                                 [size](const SQLiteStatement& row) -> std::optional<HistoryPoint> {
-                                   return readPointColumns(
-                                       row, static_cast<double>(row.integer(0)) * size, size);
-                                 });
+  return db_.query<HistoryPoint>(
+      sql, std::vector<SQLiteValue>{start - 60, end},
+      [size, &columns](const SQLiteStatement& row) -> std::optional<HistoryPoint> {
+        return readPointColumns(row, static_cast<double>(row.integer(0)) * size, size, row.real(1),
+                                columns);
+      });
 }
 
 SQLiteResult<std::optional<double>> HistoryStore::lastSampleTime() const {

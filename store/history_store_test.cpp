@@ -306,6 +306,68 @@ TEST_F(HistoryStoreTest, ChartPointsGiveTheSameSeriesAsEveryPoint) {
   }
 }
 
+void expectSameSeries(const ChartSeries& a, const ChartSeries& b) {
+  ASSERT_EQ(a.runs.size(), b.runs.size());
+  for (std::size_t r = 0; r < a.runs.size(); ++r) {
+    ASSERT_EQ(a.runs[r].size(), b.runs[r].size());
+    for (std::size_t p = 0; p < a.runs[r].size(); ++p) {
+      EXPECT_EQ(a.runs[r][p].time, b.runs[r][p].time);
+      EXPECT_NEAR(a.runs[r][p].value, b.runs[r][p].value,
+                  1e-9 * (1 + std::fabs(a.runs[r][p].value)));
+      EXPECT_EQ(a.runs[r][p].low, b.runs[r][p].low);
+      EXPECT_EQ(a.runs[r][p].high, b.runs[r][p].high);
+      EXPECT_EQ(a.runs[r][p].worst, b.runs[r][p].worst);
+    }
+  }
+  EXPECT_EQ(a.low, b.low);
+  EXPECT_EQ(a.high, b.high);
+}
+
+TEST_F(HistoryStoreTest, ChartPointsOfOneMetricReadOnlyItAndChartItAsEveryPointDoes) {
+  const double end = 1'717'416'000 + 600;
+  RollupOutput output;
+  for (double minute = end - 8 * 86400; minute <= end; minute += 60) {
+    const auto i = static_cast<long long>(minute / 60);
+    MinuteRow row = minuteAt(minute);
+    row.covered = i % 7 == 0 ? 0 : static_cast<double>(10 + i % 50);
+    row.stats[HistoryMetric::cpuBusy] = Stat{.average = static_cast<double>(i % 13) / 13,
+                                             .low = static_cast<double>(i % 5) / 13,
+                                             .high = static_cast<double>(i % 17) / 13};
+    if (i % 3 == 0) row.stats.erase(HistoryMetric::thermal);
+    row.worst[Resource::cpu] = static_cast<Health>(i % 3);
+    output.minutes.push_back(row);
+  }
+  for (double time = end - 86400; time <= end; time += 5) {
+    const auto i = static_cast<long long>(time / 5);
+    SampleRow sample = sampleAt(time);
+    sample.values[HistoryMetric::cpuBusy] = static_cast<double>(i % 11) / 11;
+    sample.values[HistoryMetric::memoryUsed] = 4e9 + static_cast<double>(i % 97) * 1e7;
+    if (i % 4 == 0) sample.values.erase(HistoryMetric::thermal);
+    sample.health[Resource::cpu] = static_cast<Health>(i % 3);
+    sample.health[Resource::memory] = static_cast<Health>((i / 7) % 3);
+    if (i % 1000 < 40) continue;  // a hole in the record
+    output.samples.push_back(sample);
+  }
+  write(output);
+  for (HistoryRange range : allHistoryRanges) {
+    const auto every = chartSeries(store().points(range, end).value(), range, end);
+    for (HistoryMetric metric :
+         {HistoryMetric::cpuBusy, HistoryMetric::thermal, HistoryMetric::memoryUsed}) {
+      SCOPED_TRACE(std::string(rawValue(range)) + " " + std::string(rawValue(metric)));
+      const auto read = store().chartPoints(range, end, std::span(&metric, 1)).value();
+      for (const HistoryPoint& point : read) {
+        for (const auto& [other, value] : point.values) EXPECT_EQ(other, metric);
+        for (const auto& [resource, health] : point.worst) {
+          EXPECT_EQ(resource, resourceOf(metric));
+        }
+      }
+      const ChartSeries one = chartSeries(read, metric, range, end);
+      EXPECT_FALSE(one.isEmpty());
+      expectSameSeries(one, every.at(metric));
+    }
+  }
+}
+
 TEST_F(HistoryStoreTest, MarkingAlertsReadZeroesTheUnreadCount) {
   write(RollupOutput{.alerts = {{.time = 1}, {.time = 2}, {.time = 3, .read = true}}});
   EXPECT_EQ(store().unreadAlertCount(), 2);

@@ -35,6 +35,8 @@ class HistoryChart : public QWidget {
   [[nodiscard]] bool showsEmpty() const;
   // The lines drawn: one per run of recorded points.
   [[nodiscard]] int lineCount() const;
+  // The series drawn last.
+  [[nodiscard]] const ChartSeries& shown() const { return shown_; }
 
  signals:
   // The pointer is over `time` (seconds since 1970) inside the shown range.

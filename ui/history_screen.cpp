@@ -12,8 +12,10 @@ namespace {
 
 constexpr int lookupWidth = 280;
 
+// The screen charts one metric at a time, so the model reads that one alone.
 HistoryModel::Setup observed(HistoryModel::Setup setup, std::function<void()> changed) {
   setup.changed = std::move(changed);
+  setup.metric = setup.metric.value_or(HistoryMetric::memoryUsed);
   return setup;
 }
 
@@ -91,6 +93,7 @@ QWidget* HistoryScreen::buildControls() {
   for (HistoryMetric metric : allHistoryMetrics) {
     metrics_->addItem(metricTitle(metric), static_cast<int>(metric));
   }
+  metrics_->setCurrentIndex(metrics_->findData(static_cast<int>(shownMetric())));
   connect(metrics_, &QComboBox::activated, this, [this](int index) {
     setMetric(static_cast<HistoryMetric>(metrics_->itemData(index).toInt()));
   });
@@ -181,9 +184,9 @@ void HistoryScreen::setRange(HistoryRange range) {
 }
 
 void HistoryScreen::setMetric(HistoryMetric metric) {
-  metric_ = metric;
   metrics_->setCurrentIndex(metrics_->findData(static_cast<int>(metric)));
-  fill();
+  // Until the new metric's read arrives the chart keeps what it drew and the status says so.
+  model_.setMetric(metric);
 }
 
 void HistoryScreen::fill() {
@@ -192,7 +195,7 @@ void HistoryScreen::fill() {
   fillLookup();
   const auto& view = model_.view();
   if (!view) return;
-  if (auto found = view->series.find(metric_); found != view->series.end()) {
+  if (auto found = view->series.find(shownMetric()); found != view->series.end()) {
     chart_->show(found->second);
   }
   strip_->show(view->strip);

@@ -35,7 +35,11 @@ class HistoryScreen : public QWidget {
   // Reads again when history has changed; does nothing while hidden (showing refreshes).
   void refresh();
   void setRange(HistoryRange range);
+  // Charts `metric`, read afresh off the UI thread.
   void setMetric(HistoryMetric metric);
+  [[nodiscard]] HistoryMetric shownMetric() const {
+    return model_.metric().value_or(HistoryMetric::memoryUsed);
+  }
 
   [[nodiscard]] const HistoryModel& model() const { return model_; }
   [[nodiscard]] HistoryChart* chart() const { return chart_; }
@@ -61,7 +65,6 @@ class HistoryScreen : public QWidget {
 
   HistoryModel model_;
   Confirm confirm_;
-  HistoryMetric metric_ = HistoryMetric::memoryUsed;
   std::optional<double> pointedMinute_;
   UnavailableView* pages_ = nullptr;
   QButtonGroup* ranges_ = nullptr;

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <QComboBox>
 #include <QMouseEvent>
 
 #include "ui/alerts_screen.h"
@@ -63,6 +64,26 @@ TEST_F(HistoryScreenTest, DrawsTheSeededDayWithTheGapAsABreakTheStripAndTheSlowP
   EXPECT_EQ(
       screen.chart()->lineCount(),
       static_cast<int>(screen.model().view()->series.at(HistoryMetric::memoryUsed).runs.size()));
+}
+
+TEST_F(HistoryScreenTest, PickingAMetricChartsItFromItsOwnRead) {
+  HistoryRecorder recorder(recorderSetup(copy()));
+  HistoryScreen screen(setup(recorder));
+  showLoaded(screen);
+  EXPECT_EQ(screen.model().view()->series.size(), 1u) << "only the metric shown is read";
+  auto* metrics = screen.findChild<QComboBox*>();
+  ASSERT_NE(metrics, nullptr);
+  EXPECT_EQ(metrics->currentText(), metricTitle(HistoryMetric::memoryUsed));
+  const int cpu = metrics->findData(static_cast<int>(HistoryMetric::cpuBusy));
+  metrics->setCurrentIndex(cpu);
+  emit metrics->activated(cpu);
+  EXPECT_EQ(screen.shownMetric(), HistoryMetric::cpuBusy);
+  ASSERT_TRUE(settle([&] { return !screen.model().loading(); }));
+  const HistoryView& view = *screen.model().view();
+  ASSERT_EQ(view.series.count(HistoryMetric::cpuBusy), 1u);
+  EXPECT_EQ(screen.chart()->lineCount(),
+            static_cast<int>(view.series.at(HistoryMetric::cpuBusy).runs.size()));
+  EXPECT_EQ(screen.chart()->shown(), view.series.at(HistoryMetric::cpuBusy));
 }
 
 TEST_F(HistoryScreenTest, SaysSoWhenTheRangeHoldsNothing) {

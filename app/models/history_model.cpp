@@ -4,9 +4,18 @@ namespace pellwin {
 
 namespace {
 
-SQLiteResult<HistoryView> readView(const HistoryStore& store, HistoryRange range, double now,
+std::map<HistoryMetric, ChartSeries> seriesOf(const std::vector<HistoryPoint>& points,
+                                              std::optional<HistoryMetric> metric,
+                                              HistoryRange range, double now) {
+  if (!metric) return chartSeries(points, range, now);
+  return {{*metric, chartSeries(points, *metric, range, now)}};
+}
+
+SQLiteResult<HistoryView> readView(const HistoryStore& store, HistoryRange range,
+                                   std::optional<HistoryMetric> metric, double now,
                                    const Calendar& calendar) {
-  auto points = store.chartPoints(range, now);
+  auto points = metric ? store.chartPoints(range, now, std::span(&*metric, 1))
+                       : store.chartPoints(range, now);
   if (!points) return std::unexpected(points.error());
   auto episodes = store.episodes(now - span(range), now);
   if (!episodes) return std::unexpected(episodes.error());
@@ -15,7 +24,7 @@ SQLiteResult<HistoryView> readView(const HistoryStore& store, HistoryRange range
   if (!days) return std::unexpected(days.error());
   return HistoryView{.range = range,
                      .end = now,
-                     .series = chartSeries(*points, range, now),
+                     .series = seriesOf(*points, metric, range, now),
                      .strip = dayStrip(*days, today, HistoryModel::stripDays),
                      .slowPeriods = slowPeriodLines(*episodes, now, calendar)};
 }
@@ -31,9 +40,16 @@ void HistoryModel::notify() const {
 
 void HistoryModel::load(bool force) {
   const double now = setup_.now();
-  loader_.load([range = range_, now, calendar = setup_.calendar(now)](
-                   const HistoryStore& store) { return readView(store, range, now, calendar); },
-               force);
+  loader_.load(
+      [range = range_, metric = setup_.metric, now, calendar = setup_.calendar(now)](
+          const HistoryStore& store) { return readView(store, range, metric, now, calendar); },
+      force);
+}
+
+void HistoryModel::setMetric(HistoryMetric metric) {
+  if (setup_.metric == metric) return;
+  setup_.metric = metric;
+  load(true);
 }
 
 void HistoryModel::setRange(HistoryRange range) {

@@ -1,4 +1,4 @@
-// The History screen's model, Qt-free: every metric's chart for the chosen range, the daily
+// The History screen's model, Qt-free: the chosen metric's chart for the chosen range, the daily
 // strip of the last 30 days, the range's slow periods, the busiest apps of a pointed-at minute
 // ("who was it, then?"), and clearing history after a confirmation. All it shows is ready to
 // draw: series of points with times, strip cells, row texts. Reads go through the recorder (the
@@ -25,10 +25,12 @@ namespace pellwin {
 
 struct HistoryView {
   HistoryRange range = HistoryRange::hour;
-  double end = 0;                                 // the moment the range ends: when it was read
-  std::map<HistoryMetric, ChartSeries> series{};  // every metric, empty ones included
-  std::vector<StripDay> strip{};                  // oldest day first, today last
-  std::vector<SlowPeriodLine> slowPeriods{};      // overlapping the range, newest first
+  double end = 0;  // the moment the range ends: when it was read
+  // The metrics charted: the chosen one alone, or every metric when none was chosen; empty
+  // series included.
+  std::map<HistoryMetric, ChartSeries> series{};
+  std::vector<StripDay> strip{};              // oldest day first, today last
+  std::vector<SlowPeriodLine> slowPeriods{};  // overlapping the range, newest first
 };
 
 class HistoryModel {
@@ -45,12 +47,17 @@ class HistoryModel {
     std::function<Calendar(double now)> calendar;  // the local calendar in force
     int coreCount = 0;              // the machine's processors, for the minute lookup's CPU figures
     std::function<void()> changed;  // told after any visible change; optional
+    // The one metric charted, read alone (a month of every metric costs thirteen times as
+    // much); every metric when absent.
+    std::optional<HistoryMetric> metric{};
   };
 
   explicit HistoryModel(Setup setup);
 
   // Shows `range`, read afresh.
   void setRange(HistoryRange range);
+  // Charts `metric` alone, read afresh (on the history queue, like every read).
+  void setMetric(HistoryMetric metric);
   // Reads again when the recorder has written since the last read; call it when the recorder
   // reports a change and when the screen appears.
   void refresh();
@@ -63,6 +70,7 @@ class HistoryModel {
   void confirmClear(std::function<void(std::expected<void, HistoryFailure>)> done = {});
 
   [[nodiscard]] HistoryRange range() const { return range_; }
+  [[nodiscard]] const std::optional<HistoryMetric>& metric() const { return setup_.metric; }
   [[nodiscard]] const std::optional<HistoryView>& view() const { return loader_.view(); }
   [[nodiscard]] bool loading() const { return loader_.loading(); }
   [[nodiscard]] const std::optional<HistoryUnavailable>& unavailable() const {

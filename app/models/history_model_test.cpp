@@ -120,6 +120,34 @@ TEST_F(SeededHistory, ChartsEveryRangeFromTheStoredRowsWithTheGapAsABreak) {
   EXPECT_TRUE(chrome) << "Chrome's memory storm is a slow period with Chrome to blame";
 }
 
+TEST_F(SeededHistory, ChartsTheChosenMetricAloneAndReadsAgainWhenItChanges) {
+  const auto path = copy();
+  HistoryRecorder recorder(setup(path));
+  HistoryModel every(modelSetup(recorder));
+  every.setRange(HistoryRange::week);
+  settle([&] { return !every.loading(); });
+  HistoryModel::Setup chosen = modelSetup(recorder);
+  chosen.metric = HistoryMetric::cpuBusy;
+  HistoryModel model(chosen);
+  model.setRange(HistoryRange::week);
+  settle([&] { return !model.loading(); });
+  for (HistoryMetric metric : {HistoryMetric::diskRead, HistoryMetric::memoryUsed}) {
+    SCOPED_TRACE(std::string(rawValue(*model.metric())));
+    ASSERT_EQ(model.view()->series.size(), 1u);
+    const ChartSeries& shown = model.view()->series.begin()->second;
+    EXPECT_EQ(shown.metric, *model.metric());
+    EXPECT_FALSE(shown.isEmpty());
+    EXPECT_EQ(shown, every.view()->series.at(*model.metric()));
+    model.setMetric(metric);
+    EXPECT_TRUE(model.loading()) << "another metric is read afresh";
+    settle([&] { return !model.loading(); });
+  }
+  model.setMetric(HistoryMetric::memoryUsed);
+  EXPECT_FALSE(model.loading()) << "the metric shown is not read again";
+  EXPECT_EQ(model.view()->series.at(HistoryMetric::memoryUsed),
+            every.view()->series.at(HistoryMetric::memoryUsed));
+}
+
 TEST_F(SeededHistory, TheMinuteLookupShowsThatMinutesStoredRanking) {
   const auto path = copy();
   HistoryRecorder recorder(setup(path));

@@ -97,7 +97,17 @@ std::map<HistoryMetric, ChartSeries> chartSeries(const std::vector<HistoryPoint>
 
 ChartSeries chartSeries(const std::vector<HistoryPoint>& points, HistoryMetric metric,
                         HistoryRange range, double end) {
-  return chartSeries(points, range, end).at(metric);
+  const Layout layout = layoutOf(range, end);
+  std::vector<Bucket> buckets(layout.count);
+  for (const HistoryPoint& point : points) {
+    if (point.time < layout.start || point.time >= end) continue;
+    const auto index = static_cast<std::size_t>((point.time - layout.start) / layout.bucket);
+    if (index >= layout.count) continue;
+    if (auto value = point.values.find(metric); value != point.values.end()) {
+      add(buckets[index], point, value->second, resourceOf(metric));
+    }
+  }
+  return seriesOf(buckets, layout, metric, range, end);
 }
 
 std::string metricValueText(HistoryMetric metric, double value) {
