@@ -261,6 +261,26 @@ TEST_F(SeededHistory, TheReportNamesTheSeededCausesAndTheWeeksCleanups) {
   EXPECT_EQ(report.cleanupsText, "1 cleanup freed 1.2 GB");
 }
 
+TEST_F(SeededHistory, AnOpenReportShowsACleanupAsSoonAsItIsLogged) {
+  HistoryRecorder recorder(setup(copy()));
+  ReportModel model({.recorder = recorder,
+                     .now = [] { return kNow; },
+                     .calendar = [](double) { return Calendar(); },
+                     .changed = {}});
+  model.refresh();
+  settle([&] { return model.report().has_value() && !model.loading(); });
+  EXPECT_TRUE(model.report()->cleanups.empty());
+  const auto revision = recorder.revision();
+
+  recorder.logClean("quick clean", 300'000'000, 0, 12);
+  settle([&] { return recorder.revision() != revision; });
+  model.refresh();
+  EXPECT_TRUE(model.loading()) << "the logged cleanup is a change the report reads again for";
+  settle([&] { return !model.loading(); });
+  ASSERT_EQ(model.report()->cleanups.size(), 1u);
+  EXPECT_EQ(model.report()->cleanupsText, "1 cleanup freed 300 MB");
+}
+
 TEST_F(SeededHistory, EveryScreenSaysHistoryIsUnavailableWhenTheFileCannotBeOpened) {
   const auto path = local_.write("history.sqlite", "this is a note, not a database\n");
   HistoryRecorder recorder(setup(path));

@@ -145,9 +145,11 @@ void HistoryRecorder::logClean(std::string rules, std::uint64_t bytesDeleted,
                                std::uint64_t bytesTrashed, std::int64_t items) {
   queue_.async(
       [this, time = setup_.now(), rules = std::move(rules), bytesDeleted, bytesTrashed, items] {
-        if (worker_->store) {
-          // The clean is done either way; a failure only leaves it out of the history.
-          (void)worker_->store->logClean(time, rules, bytesDeleted, bytesTrashed, items);
+        if (!worker_->store) return;
+        // The clean is done either way; a failure only leaves it out of the history. A logged
+        // one moves the revision, so an open report shows it without waiting for a sample.
+        if (worker_->store->logClean(time, rules, bytesDeleted, bytesTrashed, items)) {
+          deliver([](Observed& observed) { observed.apply(HistoryOutcome{.wrote = true}); });
         }
       });
 }

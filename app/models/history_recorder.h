@@ -76,7 +76,8 @@ class HistoryRecorder {
 
   // Sets the unread count to 0 at once, then marks the stored alerts read (failures ignored).
   void markAlertsRead();
-  // Logs a cleanup at the current time; ignored with no store, failures ignored.
+  // Logs a cleanup at the current time and moves the revision; ignored with no store, failures
+  // ignored (the revision stays).
   void logClean(std::string rules, std::uint64_t bytesDeleted, std::uint64_t bytesTrashed,
                 std::int64_t items);
   // Empties history but the cleanup log and restarts the rollup.

@@ -102,11 +102,14 @@ TEST(HistoryRecorder, RecordsBatchesAndReportsRevisionAndUnreadAlerts) {
   EXPECT_EQ(unread, 0);
 
   recorder.logClean("Browser caches", 1000, 2000, 3);
+  f.settle(recorder);
+  EXPECT_EQ(recorder.revision(), 5) << "a logged cleanup is a change to history";
+  EXPECT_EQ(changes, 6);
   std::optional<std::expected<void, HistoryFailure>> cleared;
   recorder.clearAll([&](std::expected<void, HistoryFailure> r) { cleared = r; });
   ASSERT_TRUE(f.loop.runUntil([&] { return cleared.has_value(); }));
   EXPECT_TRUE(cleared->has_value());
-  EXPECT_EQ(recorder.revision(), 5);
+  EXPECT_EQ(recorder.revision(), 6);
   auto cleans = f.read<std::int64_t>(
       recorder, [](const HistoryStore& s) { return s.rowCount(HistoryTable::cleans); });
   EXPECT_EQ(cleans, 1) << "the cleanup log survives clearing";
