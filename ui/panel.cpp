@@ -9,6 +9,7 @@
 
 #include "core/base/format.h"
 #include "core/monitor/verdict_focus.h"
+#include "ui/tray_dot.h"
 #include "ui/ui_text.h"
 
 namespace pellwin::ui {
@@ -48,6 +49,10 @@ int neededHeight(QWidget* panel) {
 
 }  // namespace
 
+QString newAlertsText(std::int64_t count) {
+  return QString::number(count) + (count == 1 ? " new alert" : " new alerts");
+}
+
 Panel::Panel(std::function<const LiveState&()> state, QuitControl& quit, QWidget* parent)
     : QFrame(parent, Qt::Popup), state_(std::move(state)), quit_(quit) {
   setObjectName("panel");
@@ -86,6 +91,17 @@ void Panel::buildHeader(QVBoxLayout* layout) {
   layout->addWidget(reason_);
   result_ = new QuitResultBar(quit_, this);
   layout->addWidget(result_);
+  alerts_ = new QPushButton(this);
+  alerts_->setFlat(true);
+  alerts_->setAutoDefault(false);
+  alerts_->setCursor(Qt::PointingHandCursor);
+  alerts_->setIcon(dotIcon(Health::problem));
+  alerts_->hide();
+  layout->addWidget(alerts_, 0, Qt::AlignLeft);
+  connect(alerts_, &QPushButton::clicked, this, [this] {
+    hide();
+    emit alertsRequested();
+  });
 }
 
 void Panel::buildResources(QVBoxLayout* layout) {
@@ -181,6 +197,16 @@ void Panel::refresh() {
   if (isVisible()) fill();
 }
 
+void Panel::setUnreadAlerts(std::int64_t count) {
+  alerts_->setText(newAlertsText(count));
+  if (alerts_->isVisibleTo(this) == (count > 0)) return;
+  alerts_->setVisible(count > 0);
+  // The layout learns of a hidden child on its next pass, and until then keeps the panel at
+  // least as tall as it was.
+  layout()->activate();
+  resize(panelWidth, neededHeight(this));
+}
+
 void Panel::fill() {
   const LiveState& state = state_();
   result_->refresh();
@@ -263,6 +289,7 @@ QStringList Panel::texts() const {
   add(headline_);
   add(reason_);
   if (result_->isVisibleTo(this)) out << result_->text();
+  if (alerts_->isVisibleTo(this)) out << alerts_->text();
   for (const ResourceRow& r : resources_) {
     if (!r.status->text().isEmpty()) out << r.name->text() + ": " + r.status->text();
   }

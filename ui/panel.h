@@ -1,7 +1,8 @@
 // The panel the tray dot opens: the verdict's headline and reason, the five resources with
 // their health, the busiest apps with Quit and Force quit, the advice, and "Open Tovrin" and
-// "Quit Tovrin". A popup: Escape or a click outside closes it. Its widgets are made once and
-// filled in place; it reads the live state only while it is shown.
+// "Quit Tovrin"; while there are unread alerts, a line that says how many and opens them. A popup:
+// Escape or a click outside closes it. Its widgets are made once and filled in place; it reads the
+// live state only while it is shown.
 #pragma once
 
 #include <QFrame>
@@ -9,6 +10,7 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 #include <array>
+#include <cstdint>
 #include <functional>
 #include <string>
 #include <vector>
@@ -34,14 +36,20 @@ class Panel : public QFrame {
   void popUpAt(const QPoint& cursor);
   // Shows the latest state; does nothing while hidden (showing refreshes).
   void refresh();
+  // The recorder's unread alert count: "3 new alerts" under the headline, hidden at zero.
+  void setUnreadAlerts(std::int64_t count);
 
   // What the panel says, top to bottom, one entry per visible line; for tests.
   [[nodiscard]] QStringList texts() const;
   // The Quit (or, with `force`, Force quit) button of the app listed in `row`.
   [[nodiscard]] QPushButton* quitButton(int row, bool force) const;
+  // The unread alerts' line, which asks for the Alerts screen.
+  [[nodiscard]] QPushButton* alertsButton() const { return alerts_; }
 
  signals:
   void openRequested();
+  // The user asked for the alerts; the panel has closed.
+  void alertsRequested();
   void quitRequested();
   // Shown or hidden: the live model reads faster while the panel is seen.
   void visibilityChanged();
@@ -81,11 +89,15 @@ class Panel : public QFrame {
   QLabel* headline_;
   QLabel* reason_;
   QuitResultBar* result_;
+  QPushButton* alerts_;
   std::array<ResourceRow, 5> resources_{};
   QLabel* appsTitle_;
   std::array<AppRow, maxApps> apps_{};
   QLabel* adviceTitle_;
   QLabel* advice_;
 };
+
+// "1 new alert", "3 new alerts".
+[[nodiscard]] QString newAlertsText(std::int64_t count);
 
 }  // namespace pellwin::ui

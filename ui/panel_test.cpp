@@ -90,6 +90,43 @@ TEST(Panel, FollowsTheStateWhileShownAndSaysSoBeforeTheFirstReading) {
   EXPECT_EQ(rig.panel.texts().filter(" · ").size(), 2) << "a hidden panel reads nothing";
 }
 
+TEST(Panel, SaysHowManyAlertsAreUnreadAndOpensThem) {
+  PanelRig rig;
+  const int shortHeight = rig.panel.height();
+  const struct {
+    const char* why;
+    std::int64_t count;
+    QString shown;
+  } cases[] = {
+      {"three", 3, "3 new alerts"},
+      {"one", 1, "1 new alert"},
+      {"none hides the line", 0, ""},
+      {"back again", 12, "12 new alerts"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.why);
+    rig.panel.setUnreadAlerts(c.count);
+    const QStringList texts = rig.panel.texts();
+    EXPECT_EQ(rig.panel.alertsButton()->isVisible(), c.count > 0);
+    if (c.count > 0) {
+      EXPECT_EQ(texts.at(2), c.shown) << "under the headline and its reason";
+      EXPECT_GT(rig.panel.height(), shortHeight) << "the panel grows to hold the line";
+    } else {
+      EXPECT_EQ(texts.filter("new alert").size(), 0);
+      EXPECT_EQ(rig.panel.height(), shortHeight);
+    }
+  }
+  int asked = 0;
+  QObject::connect(&rig.panel, &Panel::alertsRequested, [&] { ++asked; });
+  QTest::mouseClick(rig.panel.alertsButton(), Qt::LeftButton);
+  EXPECT_EQ(asked, 1);
+  EXPECT_FALSE(rig.panel.isVisible()) << "the panel steps aside for the window";
+
+  rig.panel.setUnreadAlerts(2);
+  rig.panel.popUpAt({400, 20});
+  EXPECT_EQ(rig.panel.texts().at(2), "2 new alerts") << "a count set while hidden shows";
+}
+
 TEST(Panel, RefusesToQuitAPartOfTheSystemInItsOwnWords) {
   PanelRig rig;
   QTest::mouseClick(rig.panel.quitButton(3, false), Qt::LeftButton);  // gnome-shell

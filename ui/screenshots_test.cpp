@@ -37,6 +37,7 @@ void render(const QString& theme, const QPalette& palette) {
   QDir().mkpath(folder);
 
   Panel panel([&]() -> const LiveState& { return state; }, quit);
+  panel.setUnreadAlerts(3);
   panel.popUpAt({900, 30});
   const QString panelFile = folder + "/panel-" + theme + ".png";
   EXPECT_TRUE(panel.grab().save(panelFile)) << panelFile.toStdString();

@@ -67,6 +67,10 @@ TrayApp::TrayApp(const Command& command, const Environment& environment)
   panel_ = std::make_unique<Panel>(state, *quit_);
   window_->addScreen("Monitor", monitor_ = new MonitorScreen(state, *quit_));
   connect(panel_.get(), &Panel::openRequested, this, &TrayApp::openWindow);
+  connect(panel_.get(), &Panel::alertsRequested, this, [this] {
+    window_->showScreen("Alerts");
+    openWindow();
+  });
   connect(panel_.get(), &Panel::quitRequested, this, &TrayApp::quit);
   connect(panel_.get(), &Panel::visibilityChanged, this, &TrayApp::reconcileVisibility);
   connect(window_.get(), &MainWindow::quitRequested, this, &TrayApp::quit);
@@ -145,6 +149,7 @@ void TrayApp::historyChanged() {
   alerts_->refresh();
   const std::int64_t unread = history_->unreadAlerts();
   window_->setBadge("Alerts", unread > 0 ? QString::number(unread) : QString());
+  panel_->setUnreadAlerts(unread);
 }
 
 void TrayApp::showTour() {
