@@ -5,6 +5,7 @@
 #include <QMessageBox>
 #include <QVBoxLayout>
 
+#include "ui/segment_button.h"
 #include "ui/ui_text.h"
 
 namespace pellwin::ui {
@@ -101,8 +102,7 @@ QWidget* HistoryScreen::buildControls() {
   layout->addSpacing(12);
   ranges_ = new QButtonGroup(row);
   for (HistoryRange range : allHistoryRanges) {
-    auto* button = new QPushButton(rangeName(range), row);
-    button->setCheckable(true);
+    auto* button = new SegmentButton(rangeName(range), row);
     button->setChecked(range == model_.range());
     ranges_->addButton(button, static_cast<int>(range));
     layout->addWidget(button);

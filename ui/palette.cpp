@@ -13,4 +13,12 @@ QColor healthColor(Health health) {
 
 QColor healthEdge(Health health) { return healthColor(health).darker(150); }
 
+QPalette checkedPalette(QPalette palette) {
+  for (const QPalette::ColorGroup group : {QPalette::Active, QPalette::Inactive}) {
+    palette.setColor(group, QPalette::Button, palette.color(group, QPalette::Highlight));
+    palette.setColor(group, QPalette::ButtonText, palette.color(group, QPalette::HighlightedText));
+  }
+  return palette;
+}
+
 }  // namespace pellwin::ui
