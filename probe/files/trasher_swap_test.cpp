@@ -93,10 +93,13 @@ struct SwapHome {
 };
 
 // rename(2) that keeps trying while the other side holds the name: the swapper must always be
-// able to put back what it took.
+// able to put back what it took. A link at the name is the swapper's own: one the trasher
+// caught in the item's place and then put back where it found it, as it should. The swapper
+// removes it, as it would have had the trasher not moved it.
 void renameBack(const std::string& from, const std::string& to) {
   for (int tries = 0; tries < 100000; ++tries) {
     if (::rename(from.c_str(), to.c_str()) == 0) return;
+    if (fs::is_symlink(to)) ::unlink(to.c_str());
     std::this_thread::yield();
   }
   std::abort();
