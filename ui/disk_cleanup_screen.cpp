@@ -324,6 +324,9 @@ void DiskCleanupScreen::refreshLists() {
   for (const RebuildItem& item : plan.items) place(item);
   for (const RebuildItem& item : plan.models) place(item);
   projects_->expandAll();
+  // Under X11 a list rebuilt this way after a removal kept showing its old rows until its tab
+  // was switched: the view did not ask for a repaint of its viewport, so each asks here.
+  for (QTreeWidget* list : {biggest_, categories_, projects_}) list->viewport()->update();
 }
 
 }  // namespace pellwin::ui
