@@ -9,15 +9,22 @@ unmeasured run that fills the caches), rotating the order of the programs from r
 so that none always runs first. Reported per program: the median wall time, the median processor
 time (user + system, steadier than wall time on a busy machine), and the peak resident memory.
 It checks first that Tovrin's total equals `du -sx -B1`. Programs not installed are left out.
+
+ncdu's export (`-o`) writes each folder out as it goes and keeps no tree, so its memory is that
+of a streaming count; the space map keeps the whole tree to show it. The peak memory of ncdu
+keeping its tree too (browsing it, on a pseudo-terminal) is measured once, warm, beside it.
 """
 import argparse
 import json
 import os
+import pty
+import select
 import shutil
 import statistics
 import subprocess
 import sys
 import tempfile
+import time
 
 
 def programs(tree, tovrin):
@@ -46,6 +53,30 @@ def timed(argv):
     return float(wall), float(user) + float(system), int(peak)
 
 
+def ncdu_browsing_peak(tree):
+    """Peak KB of ncdu scanning into its browser, read once it is shown; None without ncdu."""
+    if not shutil.which("ncdu"):
+        return None
+    child, terminal = pty.fork()
+    if child == 0:
+        os.environ["TERM"] = "xterm"
+        os.execvp("ncdu", ["ncdu", "-x", tree])
+    started = last_output = time.monotonic()
+    # The scan redraws its progress several times a second; the browser, once drawn, is still.
+    while time.monotonic() - last_output < 1.5 or time.monotonic() - started < 2:
+        if select.select([terminal], [], [], 0.2)[0]:
+            try:
+                os.read(terminal, 65536)
+            except OSError:
+                break
+            last_output = time.monotonic()
+    with open(f"/proc/{child}/status") as status:
+        peak = next(int(line.split()[1]) for line in status if line.startswith("VmHWM:"))
+    os.write(terminal, b"q")
+    os.waitpid(child, 0)
+    return peak
+
+
 def check_totals(tree, tovrin):
     scan = json.loads(subprocess.run([tovrin, "--check-storage", tree, "--json"], check=True,
                                      capture_output=True, text=True).stdout)
@@ -62,7 +93,7 @@ def main():
     parser.add_argument("tree")
     parser.add_argument("--rounds", type=int, default=3)
     parser.add_argument("--tovrin", default=os.path.join(os.path.dirname(__file__), "..",
-                                                         "build", "app", "tovrin"))
+                                                         "build", "tovrin"))
     parser.add_argument("--cold-only", action="store_true")
     parser.add_argument("--warm-only", action="store_true")
     options = parser.parse_args()
@@ -94,6 +125,9 @@ def main():
             print(f"  {name:7} {statistics.median(r[0] for r in results):6.2f} s "
                   f"{statistics.median(r[1] for r in results):6.2f} s "
                   f"{max(r[2] for r in results) / 1024:6.1f} MB")
+    browsing = ncdu_browsing_peak(options.tree)
+    if browsing is not None:
+        print(f"\nncdu keeping its tree (browsing it): peak {browsing / 1024:.1f} MB")
 
 
 if __name__ == "__main__":

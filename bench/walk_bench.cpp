@@ -148,7 +148,7 @@ ChildRun runChild(const std::vector<std::string>& arguments) {
 std::string tovrinProgram() {
   std::error_code error;
   const fs::path self = fs::read_symlink("/proc/self/exe", error);
-  return (self.parent_path().parent_path() / "app" / "tovrin").string();
+  return (self.parent_path().parent_path() / "tovrin").string();
 }
 
 // Wall time is what the user waits; the child's processor time is reported beside it because

@@ -223,7 +223,9 @@ void MonitorScreen::currentChanged(const QModelIndex& current) {
 
 void MonitorScreen::headerClicked(int column) {
   const std::optional<MonitorSort> sort = AppTableModel::sortOf(column);
-  setSort(sort.value_or(list_.sort()));
+  const MonitorSort before = list_.sort();
+  setSort(sort.value_or(before));
+  if (list_.sort() != before) emit sortPicked(list_.sort());
 }
 
 void MonitorScreen::setSort(MonitorSort sort) {

@@ -54,6 +54,10 @@ class MonitorScreen : public QWidget {
   [[nodiscard]] const AppDetails& details() const { return *details_; }
   [[nodiscard]] const QuitResultBar& quitResult() const { return *result_; }
 
+ signals:
+  // The user ordered the list by another measure (a click on a column's header).
+  void sortPicked(pellwin::MonitorSort sort);
+
  protected:
   void showEvent(QShowEvent* event) override;
 

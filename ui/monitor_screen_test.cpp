@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <vector>
+
 #include <QAbstractItemModelTester>
 #include <QHeaderView>
 #include <QTest>
@@ -130,6 +132,9 @@ TEST(MonitorScreen, ListsAppsUnderHeadingsSortedByTheColumnPicked) {
        MonitorSort::memory,
        {"gnome-shell", "Xwayland", "tracker-miner-fs-3", "pipewire"}},
   };
+  std::vector<MonitorSort> picked;
+  QObject::connect(&rig.screen, &MonitorScreen::sortPicked,
+                   [&picked](MonitorSort sort) { picked.push_back(sort); });
   for (const auto& c : cases) {
     SCOPED_TRACE(c.column);
     emit rig.screen.view()->header()->sectionClicked(c.column);
@@ -137,6 +142,12 @@ TEST(MonitorScreen, ListsAppsUnderHeadingsSortedByTheColumnPicked) {
     EXPECT_EQ(system(), c.system);
     EXPECT_EQ(rig.screen.view()->header()->sortIndicatorSection(), AppTableModel::column(c.sort));
   }
+  // Kept for the next start only when the user's click changed it; the name column orders
+  // nothing, and a sort restored from the settings is not a new pick.
+  EXPECT_EQ(picked, (std::vector<MonitorSort>{MonitorSort::disk, MonitorSort::cpu,
+                                              MonitorSort::energy, MonitorSort::memory}));
+  rig.screen.setSort(MonitorSort::cpu);
+  EXPECT_EQ(picked.size(), 4u);
 }
 
 TEST(MonitorScreen, KeepsThePickedAppAcrossTicksUntilItEnds) {

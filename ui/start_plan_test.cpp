@@ -38,6 +38,7 @@ TEST(UserSettings, KeptAcrossRestartsAndTheFirstLaunchIsRecordedOnce) {
     EXPECT_TRUE(recordLaunch(first));
     first.setFlag("notify.cpu", false);
     first.setFlag("notify.heat", true);
+    first.setText(UserSettings::monitorSortKey, "energy");
   }
   QFile file(config.path() + "/tovrin/tovrin.conf");
   ASSERT_TRUE(file.open(QIODevice::ReadOnly)) << "written to disk at once";
@@ -47,6 +48,8 @@ TEST(UserSettings, KeptAcrossRestartsAndTheFirstLaunchIsRecordedOnce) {
   EXPECT_EQ(later.file(), config.path() + "/tovrin/tovrin.conf");
   EXPECT_EQ(later.flag("notify.cpu"), false);
   EXPECT_EQ(later.flag("notify.heat"), true);
+  EXPECT_EQ(later.text(UserSettings::monitorSortKey), "energy");
+  EXPECT_EQ(later.text("monitor.never"), std::nullopt);
   EXPECT_FALSE(recordLaunch(later));
   EXPECT_FALSE(recordLaunch(later));
   EXPECT_EQ(later.flag(UserSettings::hasLaunchedKey), true);

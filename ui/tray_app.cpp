@@ -66,6 +66,7 @@ TrayApp::TrayApp(const Command& command, const Environment& environment)
                       getpid(), {}, this);
   panel_ = std::make_unique<Panel>(state, *quit_);
   window_->addScreen("Monitor", monitor_ = new MonitorScreen(state, *quit_));
+  keepMonitorSort();
   connect(panel_.get(), &Panel::openRequested, this, &TrayApp::openWindow);
   connect(panel_.get(), &Panel::quitRequested, this, &TrayApp::quit);
   connect(panel_.get(), &Panel::visibilityChanged, this, &TrayApp::reconcileVisibility);
@@ -106,6 +107,16 @@ void TrayApp::start() {
   if (plan.openWindow) openWindow();
   if (plan.showTour) showTour();
   if (launch_.statusPath) new LaunchChecks(launch_, loginItem_, *notifier_, this);
+}
+
+// The list opens ordered as the user last left it; a value from a later version is ignored.
+void TrayApp::keepMonitorSort() {
+  if (const auto kept = settings_.text(UserSettings::monitorSortKey)) {
+    if (const auto sort = monitorSortFromRawValue(*kept)) monitor_->setSort(*sort);
+  }
+  connect(monitor_, &MonitorScreen::sortPicked, this, [settings = settings_](MonitorSort sort) {
+    settings.setText(UserSettings::monitorSortKey, rawValue(sort));
+  });
 }
 
 void TrayApp::addSettingsScreen() {

@@ -50,6 +50,7 @@ class TrayApp : public QObject {
   void liveChanged();
   void reconcileVisibility();
   void addSettingsScreen();
+  void keepMonitorSort();
   void addHistoryScreens();
   void historyChanged();
   void showTour();

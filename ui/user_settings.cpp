@@ -27,6 +27,18 @@ void UserSettings::setFlag(std::string_view key, bool value) const {
   settings.sync();
 }
 
+std::optional<std::string> UserSettings::text(std::string_view key) const {
+  const QVariant value = QSettings(file_, QSettings::IniFormat).value(keyText(key));
+  if (!value.isValid()) return std::nullopt;
+  return value.toString().toStdString();
+}
+
+void UserSettings::setText(std::string_view key, std::string_view value) const {
+  QSettings settings(file_, QSettings::IniFormat);
+  settings.setValue(keyText(key), keyText(value));
+  settings.sync();
+}
+
 bool recordLaunch(const UserSettings& settings) {
   if (settings.flag(UserSettings::hasLaunchedKey).value_or(false)) return false;
   settings.setFlag(UserSettings::hasLaunchedKey, true);

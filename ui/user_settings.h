@@ -6,6 +6,7 @@
 
 #include <QString>
 #include <optional>
+#include <string>
 #include <string_view>
 
 #include "app/environment.h"
@@ -15,6 +16,8 @@ namespace pellwin::ui {
 class UserSettings {
  public:
   static constexpr std::string_view hasLaunchedKey = "com.pellwin.Pellwin.hasLaunched";
+  // The measure the Monitor's app list was last ordered by (a MonitorSort raw value).
+  static constexpr std::string_view monitorSortKey = "monitor.sort";
 
   // The settings file of the user `environment` describes.
   [[nodiscard]] static UserSettings forUser(const Environment& environment);
@@ -25,6 +28,10 @@ class UserSettings {
   [[nodiscard]] std::optional<bool> flag(std::string_view key) const;
   // Written to disk before it returns.
   void setFlag(std::string_view key, bool value) const;
+  // Absent when never written.
+  [[nodiscard]] std::optional<std::string> text(std::string_view key) const;
+  // Written to disk before it returns.
+  void setText(std::string_view key, std::string_view value) const;
 
   [[nodiscard]] const QString& file() const { return file_; }
 

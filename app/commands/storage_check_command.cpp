@@ -119,6 +119,12 @@ int runScan(const StorageCheckOptions& options, const Environment& environment, 
                           .scannedAt = now,
                           .root = folder,
                           .access = FullDiskAccess::state(environment.home)};
+    // Each node carries its whole path: a deep enough tree would be gigabytes of text.
+    if (const std::uint64_t bytes = scan.textBytesAtLeast(); bytes > ScanCache::largestFile) {
+      err << "the tree is too deep to write as JSON: its paths alone take "
+          << Format::disk(bytes) << "\n";
+      return 1;
+    }
     out << scan.encode() << "\n";
     return 0;
   }

@@ -31,6 +31,12 @@ std::string CachedScan::encode() const {
   return out;
 }
 
+std::uint64_t CachedScan::textBytesAtLeast() const {
+  std::uint64_t bytes = root.size();
+  tree.forEach([&](const SizeNode& node) { bytes += node.path.size() + node.name.size(); });
+  return bytes;
+}
+
 namespace {
 
 // Every folder at least as large as what it holds, with no sum past 64 bits: the removal code
@@ -75,6 +81,9 @@ std::string ScanCache::defaultPath(std::string_view dataFolder) {
 }
 
 std::expected<void, SystemError> ScanCache::save(const CachedScan& scan) const {
+  if (scan.textBytesAtLeast() > largestFile) {
+    return std::unexpected(SystemError{.operation = "write", .path = path_, .code = EFBIG});
+  }
   const std::filesystem::path file(path_);
   std::error_code error;
   if (file.has_parent_path()) std::filesystem::create_directories(file.parent_path(), error);

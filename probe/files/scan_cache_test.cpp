@@ -169,6 +169,28 @@ TEST(ScanCache, SavesAtomicallyAndLoadsBack) {
   EXPECT_EQ(cache.load(), std::nullopt);
 }
 
+// 2,000 folders deep with 255-byte names: half a megabyte of names, half a gigabyte of paths.
+TEST(ScanCache, KeepsTheOldFileRatherThanWriteATreeWhosePathsRunToGigabytes) {
+  testing::ScratchFolder scratch;
+  const ScanCache cache((scratch.path() / "space-map.json").string());
+  ASSERT_TRUE(cache.save(sampleScan()).has_value());
+
+  CachedScan deep{.tree = {.name = "/", .path = "/", .isDirectory = true}, .root = "/"};
+  SizeNode* at = &deep.tree;
+  for (int i = 0; i < 2'000; ++i) {
+    at->children.push_back({.name = std::string(255, 'd'),
+                            .path = NodePath::inFolder(at->path, std::string(255, 'd')),
+                            .isDirectory = true});
+    at = &at->children.back();
+  }
+  EXPECT_GT(deep.textBytesAtLeast(), ScanCache::largestFile);
+  const auto saved = cache.save(deep);
+  ASSERT_FALSE(saved.has_value());
+  EXPECT_EQ(saved.error().code, EFBIG);
+  EXPECT_EQ(cache.load(), sampleScan());
+  EXPECT_EQ(std::distance(fs::directory_iterator(scratch.path()), fs::directory_iterator()), 1);
+}
+
 TEST(ScanCache, ReportsAFolderItCannotCreate) {
   testing::ScratchFolder scratch;
   scratch.write("file", "x");
