@@ -10,6 +10,9 @@
 //   largest and the 99th percentile (5 ms when nothing stalls), `ticks` how many there were,
 //   and `max_busy_ms` the most CPU time the UI thread itself spent within one gap.
 // IdleStall: the same timer on the open screen with nothing running, the machine's own gaps.
+//
+// Malloc keeps the tray app's arenas (`limitMallocArenas`), which the UI thread shares with the
+// scan's reading threads.
 #include <benchmark/benchmark.h>
 
 #include <QApplication>
@@ -29,12 +32,14 @@
 #include "app/removal_guards.h"
 #include "testing/scratch_folder.h"
 #include "ui/disk_cleanup_screen.h"
+#include "ui/malloc_arenas.h"
 #include "ui/post_to.h"
 
 namespace pellwin {
 namespace {
 
 QApplication& application() {
+  ui::limitMallocArenas();
   static int argc = 1;
   static char name[] = "ui_disk_cleanup_bench";
   static char* argv[] = {name, nullptr};
