@@ -136,6 +136,8 @@ void OpenWithCache(benchmark::State& state) {
     if (!screen->model().isFromCache()) state.SkipWithError("the map did not come from the cache");
   }
   state.counters["kept_nodes"] = static_cast<double>(cached->items);
+  state.counters["cache_bytes"] =
+      static_cast<double>(std::filesystem::file_size(spaceMapCache(cached->environment).path()));
 }
 BENCHMARK(OpenWithCache)
     ->Unit(benchmark::kMillisecond)
@@ -187,15 +189,19 @@ class TickGaps : public QObject {
   std::vector<double> busy_;
 };
 
+// The screen shown, once its rings are painted with the cached tree.
+std::unique_ptr<ui::DiskCleanupScreen> openedScreen(const CachedTree& cached) {
+  auto screen = cached.screen();
+  const PaintWatch opened(*screen, nullptr);
+  screen->show();
+  waitFor(opened);
+  return screen;
+}
+
 void ScanStall(benchmark::State& state) {
   const CachedTree* cached = cachedTree(state);
   if (cached == nullptr) return;
-  auto screen = cached->screen();
-  {
-    const PaintWatch opened(*screen, nullptr);
-    screen->show();
-    waitFor(opened);
-  }
+  const auto screen = openedScreen(*cached);
   for (auto _ : state) {
     const PaintWatch rescanned(*screen, screen->model().tree());
     const TickGaps ticks;
@@ -211,10 +217,7 @@ BENCHMARK(ScanStall)->Unit(benchmark::kMillisecond)->Iterations(1)->Repetitions(
 void IdleStall(benchmark::State& state) {
   const CachedTree* cached = cachedTree(state);
   if (cached == nullptr) return;
-  auto screen = cached->screen();
-  const PaintWatch opened(*screen, nullptr);
-  screen->show();
-  waitFor(opened);
+  const auto screen = openedScreen(*cached);
   for (auto _ : state) {
     const TickGaps ticks;
     QElapsedTimer clock;
