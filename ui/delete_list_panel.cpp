@@ -18,9 +18,9 @@ QLabel* wrapping(QWidget* parent) {
   return label;
 }
 // A wrapped label inside the side panel's splitter is not given the height its lines need
-// unless it asks for it.
+// unless it asks for it. An empty label has no height for a width (-1) and asks for none.
 void fitHeight(QLabel* label, int width) {
-  label->setMinimumHeight(label->heightForWidth(std::max(width, 200)));
+  label->setMinimumHeight(std::max(0, label->heightForWidth(std::max(width, 200))));
 }
 
 }  // namespace

@@ -82,6 +82,10 @@ DiskCleanupScreen::DiskCleanupScreen(std::string home, RemovalGuards guards,
   });
   connect(rings_, &SunburstView::arcClicked, this, &DiskCleanupScreen::clickArc);
   connect(rings_, &SunburstView::centreClicked, this, [this] { model_->zoomOut(); });
+  connect(rings_, &SunburstView::arcMenuRequested, this, &DiskCleanupScreen::openArcMenu);
+  arcMenu_ = new QMenu(this);
+  addArc_ = arcMenu_->addAction("Add to delete list");
+  connect(addArc_, &QAction::triggered, this, [this] { model_->addToDeleteList(menuPath_); });
 
   auto* layout = new QVBoxLayout(this);
   layout->setContentsMargins(16, 12, 16, 12);
@@ -198,6 +202,19 @@ void DiskCleanupScreen::clickArc(int index) {
   } else {
     pick(arc.path);
   }
+}
+
+void DiskCleanupScreen::openArcMenu(int index, QPoint globalPos) {
+  const auto& arcs = rings_->arcs();
+  if (index < 0 || static_cast<std::size_t>(index) >= arcs.size()) return;
+  const SunburstArc& arc = arcs[static_cast<std::size_t>(index)];
+  const SizeNode* tree = model_->tree();
+  const SizeNode* node = arc.kind == SunburstKind::node && tree ? tree->find(arc.path) : nullptr;
+  if (node == nullptr) return;
+  menuPath_ = arc.path;
+  addArc_->setEnabled(model_->phase() != SpaceMapModel::Phase::removing &&
+                      !model_->isInDeleteList(*node));
+  arcMenu_->popup(globalPos);
 }
 
 void DiskCleanupScreen::pick(const std::string& path) {
@@ -324,6 +341,9 @@ void DiskCleanupScreen::refreshLists() {
   for (const RebuildItem& item : plan.items) place(item);
   for (const RebuildItem& item : plan.models) place(item);
   projects_->expandAll();
+  // Under X11 a list rebuilt this way after a removal kept showing its old rows until its tab
+  // was switched: the view did not ask for a repaint of its viewport, so each asks here.
+  for (QTreeWidget* list : {biggest_, categories_, projects_}) list->viewport()->update();
 }
 
 }  // namespace pellwin::ui

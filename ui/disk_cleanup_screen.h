@@ -7,6 +7,7 @@
 #pragma once
 
 #include <QLabel>
+#include <QMenu>
 #include <QPushButton>
 #include <QTabWidget>
 #include <QTreeWidget>
@@ -49,6 +50,11 @@ class DiskCleanupScreen : public QWidget {
 
   // The arc at `index` of the rings was clicked: a folder is zoomed into, anything else picked.
   void clickArc(int index);
+  // The menu a right-click on an item's arc opens: "Add to delete list" for that item, shown
+  // unavailable while the item is already in the list or nothing may be added.
+  [[nodiscard]] QMenu* arcMenu() const { return arcMenu_; }
+  // Fills the arc menu for the arc at `index` of the rings and pops it up at `globalPos`.
+  void openArcMenu(int index, QPoint globalPos);
 
  protected:
   void showEvent(QShowEvent* event) override;
@@ -79,7 +85,10 @@ class DiskCleanupScreen : public QWidget {
   QTreeWidget* projects_ = nullptr;
   QPushButton* addProjects_ = nullptr;
   DeleteListPanel* deleteList_ = nullptr;
+  QMenu* arcMenu_ = nullptr;
+  QAction* addArc_ = nullptr;
   std::string pickedPath_;
+  std::string menuPath_;
   // What the rings and lists were drawn from, so a progress report does not lay them out again.
   const SizeNode* drawnTree_ = nullptr;
   const SizeNode* drawnFocus_ = nullptr;

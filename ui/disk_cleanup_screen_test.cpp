@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <QApplication>
+#include <QContextMenuEvent>
 #include <QLayout>
 #include <QTest>
 #include <cmath>
@@ -95,19 +97,34 @@ class DiskCleanupScreenTest : public ::testing::Test {
     return out;
   }
 
-  void clickArc(const std::string& name) {
+  // The middle of the arc of that name on the rings.
+  QPoint arcPoint(const std::string& name) {
     SunburstView* rings = screen_.rings();
     const SunburstGeometry g = rings->geometryNow();
     for (const SunburstArc& arc : rings->arcs()) {
       if (arc.name != name) continue;
       const double radius = g.innerRadius(arc.ring) + g.ringWidth / 2;
       const double radians = (arc.startDegrees + arc.endDegrees) / 2 * std::numbers::pi / 180;
-      const QPointF at =
-          g.centre + QPointF(radius * std::sin(radians), -radius * std::cos(radians));
-      QTest::mouseClick(rings, Qt::LeftButton, {}, at.toPoint());
-      return;
+      return (g.centre + QPointF(radius * std::sin(radians), -radius * std::cos(radians)))
+          .toPoint();
     }
     ADD_FAILURE() << "no arc named " << name;
+    return {};
+  }
+
+  void clickArc(const std::string& name) {
+    QTest::mouseClick(screen_.rings(), Qt::LeftButton, {}, arcPoint(name));
+  }
+
+  // A right-click there: whether the arc menu opened, and its one action.
+  QAction* rightClick(QPoint at) {
+    screen_.arcMenu()->hide();
+    SunburstView* rings = screen_.rings();
+    QContextMenuEvent event(QContextMenuEvent::Mouse, at, rings->mapToGlobal(at));
+    QApplication::sendEvent(rings, &event);
+    if (!screen_.arcMenu()->isVisible()) return nullptr;
+    EXPECT_EQ(screen_.arcMenu()->actions().size(), 1);
+    return screen_.arcMenu()->actions().value(0);
   }
 
   DiskCleanupScreen screen_{home, RemovalGuards{}, fakeServices()};
@@ -185,6 +202,36 @@ TEST_F(DiskCleanupScreenTest, TheDeleteListShowsItsTotalRefusalsConfirmationAndR
                                           .outcome = TrashResult::Outcome::moved})));
   EXPECT_EQ(list->total()->text(), "Nothing picked yet");
   EXPECT_EQ(screen_.projects()->topLevelItemCount(), 0) << "the tree lost what went";
+}
+
+TEST_F(DiskCleanupScreenTest, ARightClickOnAnArcOffersToAddItsItemToTheDeleteList) {
+  DeleteListPanel* list = screen_.deleteList();
+  EXPECT_EQ(rightClick(screen_.rings()->geometryNow().centre.toPoint()), nullptr)
+      << "no menu in the hole";
+
+  QAction* add = rightClick(arcPoint("code"));
+  ASSERT_NE(add, nullptr) << "a folder's arc has the menu";
+  EXPECT_EQ(add->text(), "Add to delete list");
+  EXPECT_TRUE(add->isEnabled());
+  add->trigger();
+  ASSERT_EQ(list->items()->count(), 1);
+  EXPECT_TRUE(list->items()->item(0)->text().startsWith("code   "));
+  EXPECT_EQ(screen_.model().focus()->path, home) << "the right-click did not go into the folder";
+
+  add = rightClick(arcPoint("app"));
+  ASSERT_NE(add, nullptr);
+  EXPECT_FALSE(add->isEnabled()) << "inside a folder already in the list";
+
+  add = rightClick(arcPoint(".ssh"));
+  ASSERT_NE(add, nullptr);
+  add->trigger();
+  EXPECT_EQ(list->items()->count(), 1) << "refused";
+  EXPECT_EQ(list->refusals()->text(), QString::fromUtf8("•  .ssh: It holds your security keys"));
+
+  add = rightClick(arcPoint("film.mov"));
+  ASSERT_NE(add, nullptr) << "a file's arc has it too";
+  add->trigger();
+  EXPECT_EQ(list->items()->count(), 2);
 }
 
 }  // namespace

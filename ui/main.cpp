@@ -1,16 +1,13 @@
 // The process entry: gathers the environment, moves the data folder, then runs one
 // command-line mode, or the tray app when none was asked for.
-#include <malloc.h>
-
-#include <algorithm>
 #include <cstdlib>
 #include <iostream>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "app/command_line.h"
 #include "app/entry.h"
+#include "ui/malloc_arenas.h"
 #include "ui/tray_app.h"
 
 namespace {
@@ -26,11 +23,7 @@ bool hasDisplay() {
 }  // namespace
 
 int main(int argc, char** argv) {
-  // By default every thread that allocates gets a malloc arena of its own, up to eight per
-  // processor, and an arena keeps what it once held: a disk scan's reading threads alone left
-  // 5 MB behind, and the tray app's idle threads their share. One arena per processor keeps
-  // every processor busy without the hoard. Set before any thread starts.
-  ::mallopt(M_ARENA_MAX, static_cast<int>(std::max(2U, std::thread::hardware_concurrency())));
+  pellwin::ui::limitMallocArenas();
   const std::vector<std::string> arguments(argv, argv + argc);
   const pellwin::Environment environment = pellwin::environmentOfProcess();
   pellwin::migrateDataFolder(environment, std::cerr);

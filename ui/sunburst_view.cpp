@@ -1,5 +1,6 @@
 #include "ui/sunburst_view.h"
 
+#include <QContextMenuEvent>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QPainterPath>
@@ -215,6 +216,15 @@ void SunburstView::mouseReleaseEvent(QMouseEvent* event) {
   if (const auto index = g.arcAt(arcs_, event->position(), maxRings)) {
     emit arcClicked(static_cast<int>(*index));
   }
+}
+
+void SunburstView::contextMenuEvent(QContextMenuEvent* event) {
+  const auto index = geometryNow().arcAt(arcs_, event->pos(), maxRings);
+  if (!index || arcs_[*index].kind != SunburstKind::node) {
+    event->ignore();
+    return;
+  }
+  emit arcMenuRequested(static_cast<int>(*index), event->globalPos());
 }
 
 void SunburstView::leaveEvent(QEvent*) {

@@ -1,7 +1,7 @@
 // The space map's rings: the arcs of a `SunburstLayout` painted around a centre that names the
 // focused folder, each coloured by its storage category. Pointing at an arc shows its name,
 // size and explanation; a click on a folder's arc asks to go into it, a click on the centre to
-// go back up. The geometry (`SunburstGeometry`) is apart from the widget so that the arc under
+// go back up, and a right-click on an item's arc asks for its menu. The geometry (`SunburstGeometry`) is apart from the widget so that the arc under
 // a point can be found without painting. UI thread only.
 #pragma once
 
@@ -69,12 +69,16 @@ class SunburstView : public QWidget {
   // The arc at that index of `arcs` was clicked.
   void arcClicked(int index);
   void centreClicked();
+  // The context menu was asked for on the arc at that index of `arcs`, an item of the tree (not
+  // a remainder), at `globalPos` on the screen.
+  void arcMenuRequested(int index, QPoint globalPos);
 
  protected:
   void paintEvent(QPaintEvent* event) override;
   void mouseMoveEvent(QMouseEvent* event) override;
   void mouseReleaseEvent(QMouseEvent* event) override;
   void leaveEvent(QEvent* event) override;
+  void contextMenuEvent(QContextMenuEvent* event) override;
 
  private:
   Explain explain_;
