@@ -1,5 +1,7 @@
 #include "ui/quick_clean_screen.h"
 
+#include <algorithm>
+
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QVBoxLayout>
@@ -84,6 +86,7 @@ QuickCleanScreen::QuickCleanScreen(CleanerModel::Services services, QWidget* par
   header->addWidget(clean_);
   clean_->setDefault(true);
   layout->addLayout(header);
+  layout->addWidget(summary_);
 
   groups_->setHeaderLabels({"Place", "Size", ""});
   groups_->setUniformRowHeights(false);
@@ -98,7 +101,6 @@ QuickCleanScreen::QuickCleanScreen(CleanerModel::Services services, QWidget* par
   // Without the list (nothing found, or after a run) the text below takes its room, from the top.
   layout->addWidget(emptyMessage_, 1);
   layout->addWidget(makeConfirmationBox());
-  layout->addWidget(summary_, 1);
   emptyMessage_->setAlignment(Qt::AlignLeft | Qt::AlignTop);
   summary_->setAlignment(Qt::AlignLeft | Qt::AlignTop);
   emptyTitle_->setText(CleanerTexts::emptyTitle);
@@ -176,55 +178,75 @@ void QuickCleanScreen::refresh() {
   summary_->setVisible(phase == done && summary.has_value());
 }
 
+// Before a run, every group with ticks to change; after it, what was cleaned: the ticked items
+// of each group, beside the group's note of where they went. What failed or was left alone is
+// in the summary above.
 void QuickCleanScreen::refreshGroups() {
+  using enum CleanerModel::Phase;
   filling_ = true;
   groups_->clear();
   const auto& plan = model_->plan();
-  const bool listing = plan && (model_->phase() == CleanerModel::Phase::ready ||
-                                model_->phase() == CleanerModel::Phase::cleaning);
-  groups_->setVisible(listing && !plan->visibleGroups().empty());
+  const CleanerModel::Phase phase = model_->phase();
+  const bool cleaned = phase == done && model_->summary().has_value();
+  const bool listing = plan && (phase == ready || phase == cleaning || cleaned);
   showAll_->setVisible(false);
   if (!listing) {
+    groups_->setVisible(false);
     filling_ = false;
     return;
   }
   const CleanTicks& ticked = model_->ticked();
-  const bool editable = model_->phase() == CleanerModel::Phase::ready && !model_->confirming();
-  const std::vector<CleanGroupPlan> listed = model_->listedGroups();
+  const bool editable = phase == ready && !model_->confirming();
+  // Groups behind "Show all" went too when they were ticked.
+  const std::vector<CleanGroupPlan> listed =
+      cleaned ? plan->visibleGroups() : model_->listedGroups();
   for (const CleanGroupPlan& group : listed) {
-    auto* top = new QTreeWidgetItem(
-        groups_,
-        {qs(group.group.title), qs(Format::disk(group.tickedBytes(ticked))), qs(group.detail())});
-    QFont bold = top->font(0);
-    bold.setBold(true);
-    top->setFont(0, bold);
-    top->setData(0, groupRole, qs(group.group.id));
-    top->setFlags(Qt::ItemIsEnabled | (editable ? Qt::ItemIsUserCheckable : Qt::NoItemFlags));
-    top->setCheckState(0, checkState(group.tickState(ticked)));
-    top->setTextAlignment(1, Qt::AlignRight | Qt::AlignVCenter);
-    top->setToolTip(0, qs(group.group.explanation));
-    auto* note = new QTreeWidgetItem(top, {qs(CleanerTexts::actionNote(group.group.action))});
-    note->setFlags(Qt::ItemIsEnabled);
-    note->setForeground(0, palette().color(QPalette::PlaceholderText));
-    note->setFirstColumnSpanned(true);
-    for (const CleanItem& item : group.items) {
-      auto* row = new QTreeWidgetItem(top, {qs(item.name), qs(Format::disk(item.bytes))});
-      row->setData(0, itemRole, qs(item.id()));
-      row->setToolTip(0, qs(item.path));
-      row->setFlags(Qt::ItemIsEnabled | (editable ? Qt::ItemIsUserCheckable : Qt::NoItemFlags));
-      row->setCheckState(0, ticked.contains(item.id()) ? Qt::Checked : Qt::Unchecked);
-      row->setTextAlignment(1, Qt::AlignRight | Qt::AlignVCenter);
-    }
+    const auto isTicked = [&](const CleanItem& item) { return ticked.contains(item.id()); };
+    if (cleaned && std::ranges::none_of(group.items, isTicked)) continue;
+    addGroup(group, ticked, editable, cleaned);
+  }
+  groups_->setVisible(groups_->topLevelItemCount() > 0);
+  showAll_->setVisible(!cleaned && !model_->showingAll() &&
+                       listed.size() < plan->visibleGroups().size());
+  filling_ = false;
+}
+
+void QuickCleanScreen::addGroup(const CleanGroupPlan& group, const CleanTicks& ticked,
+                                bool editable, bool cleaned) {
+  auto* top = new QTreeWidgetItem(
+      groups_, {qs(group.group.title), qs(Format::disk(group.tickedBytes(ticked))),
+                cleaned ? QString() : qs(group.detail())});
+  QFont bold = top->font(0);
+  bold.setBold(true);
+  top->setFont(0, bold);
+  top->setData(0, groupRole, qs(group.group.id));
+  top->setFlags(Qt::ItemIsEnabled | (editable ? Qt::ItemIsUserCheckable : Qt::NoItemFlags));
+  if (!cleaned) top->setCheckState(0, checkState(group.tickState(ticked)));
+  top->setTextAlignment(1, Qt::AlignRight | Qt::AlignVCenter);
+  top->setToolTip(0, qs(group.group.explanation));
+  auto* note = new QTreeWidgetItem(top, {qs(CleanerTexts::actionNote(group.group.action))});
+  note->setFlags(Qt::ItemIsEnabled);
+  note->setForeground(0, palette().color(QPalette::PlaceholderText));
+  note->setFirstColumnSpanned(true);
+  for (const CleanItem& item : group.items) {
+    const bool tick = ticked.contains(item.id());
+    if (cleaned && !tick) continue;
+    auto* row = new QTreeWidgetItem(top, {qs(item.name), qs(Format::disk(item.bytes))});
+    row->setData(0, itemRole, qs(item.id()));
+    row->setToolTip(0, qs(item.path));
+    row->setFlags(Qt::ItemIsEnabled | (editable ? Qt::ItemIsUserCheckable : Qt::NoItemFlags));
+    if (!cleaned) row->setCheckState(0, tick ? Qt::Checked : Qt::Unchecked);
+    row->setTextAlignment(1, Qt::AlignRight | Qt::AlignVCenter);
+  }
+  if (!cleaned) {
     for (const CleanSkip& skip : group.skipped) {
       auto* row =
           new QTreeWidgetItem(top, {qs(skip.name), QString(), qs(CleanerTexts::skipRow(skip))});
       row->setFlags(Qt::ItemIsEnabled);
       row->setForeground(0, palette().color(QPalette::PlaceholderText));
     }
-    top->setExpanded(!model_->collapsed().contains(group.group.id));
   }
-  showAll_->setVisible(!model_->showingAll() && listed.size() < plan->visibleGroups().size());
-  filling_ = false;
+  top->setExpanded(cleaned || !model_->collapsed().contains(group.group.id));
 }
 
 void QuickCleanScreen::itemChanged(QTreeWidgetItem* item, int column) {

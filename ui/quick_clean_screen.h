@@ -46,6 +46,9 @@ class QuickCleanScreen : public QWidget {
  private:
   QWidget* makeConfirmationBox();
   void refreshGroups();
+  // One group's rows: with ticks to change before a run, only what went once `cleaned`.
+  void addGroup(const CleanGroupPlan& group, const CleanTicks& ticked, bool editable,
+                bool cleaned);
   void itemChanged(QTreeWidgetItem* item, int column);
 
   std::unique_ptr<CleanerModel> model_;

@@ -139,7 +139,18 @@ TEST_F(QuickCleanScreenTest, ConfirmsThenRunsAndSummarises) {
   EXPECT_TRUE(screen.summary()->isVisible());
   EXPECT_EQ(screen.summary()->text(),
             "Freed 460 MB\n25 MB is in the Trash; empty the Trash to free that space too.");
-  EXPECT_FALSE(screen.groups()->isVisible());
+  // What went, item by item, beside each group's note of where; no ticks left to change.
+  ASSERT_TRUE(screen.groups()->isVisible());
+  EXPECT_EQ(topTitles(screen), (QStringList{"Developer caches", "App caches", "Old logs",
+                                             "Browser caches", "Downloads installers"}));
+  QTreeWidgetItem* developer = screen.groups()->topLevelItem(0);
+  ASSERT_EQ(developer->childCount(), 3) << "the note and two items; the skipped one is not";
+  EXPECT_EQ(developer->child(0)->text(0), "Deleted for good. It rebuilds on its own.");
+  EXPECT_EQ(developer->child(1)->text(0), "npm cache");
+  EXPECT_EQ(screen.groups()->topLevelItem(2)->child(0)->text(0),
+            "Moved to the Trash, so you can get it back.");
+  EXPECT_FALSE(developer->flags() & Qt::ItemIsUserCheckable);
+  EXPECT_FALSE(developer->data(0, Qt::CheckStateRole).isValid()) << "no ticks left to change";
   ASSERT_EQ(logged_.size(), 1u);
   EXPECT_EQ(logged_[0].items, 6);
 }

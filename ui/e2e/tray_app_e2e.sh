@@ -29,6 +29,9 @@ $2"
 visible_window() {  # title: prints the window id when it is on screen
   xdotool search --onlyvisible --name "^$1\$" 2>/dev/null | head -n1
 }
+# For wait_for, which runs its command again on each try.
+shown() { test -n "$(visible_window "$1")"; }
+hidden() { test -z "$(visible_window "$1")"; }
 snap() {  # window id, file name
   import -window "$1" "$out/$2"
 }
@@ -62,7 +65,7 @@ for page in 1 2 3 4; do
   xdotool key --window "$tour" Return 2>/dev/null || true
   sleep 0.3
 done
-wait_for 5 test -z "$(visible_window "Welcome to Tovrin")" || fail "Done did not close the tour"
+wait_for 5 hidden "Welcome to Tovrin" || fail "Done did not close the tour"
 
 # Every screen of the window: walk the sidebar with the Down key until the pick stops moving.
 window=$(visible_window Tovrin)
@@ -87,9 +90,9 @@ done
 
 # 2. One instance per user: a second start opens the running one's window and exits 0.
 xdotool key --window "$window" ctrl+w
-wait_for 5 test -z "$(visible_window Tovrin)" || fail "closing did not hide the window"
+wait_for 5 hidden Tovrin || fail "closing did not hide the window"
 "$tovrin" >"$scratch/second.log" 2>&1 || fail "the second start exited with $?"
-wait_for 5 test -n "$(visible_window Tovrin)" || fail "the second start did not open the window"
+wait_for 5 shown Tovrin || fail "the second start did not open the window"
 kill "$app"
 wait "$app" 2>/dev/null || true
 
