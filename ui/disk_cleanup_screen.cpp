@@ -53,7 +53,8 @@ QString spaceMapStatus(const SpaceMapModel& model, double now) {
       if (model.isCancelling()) return "Stopping the scan…";
       const auto& progress = model.progress();
       if (!progress) return "Scanning…";
-      return "Scanning… " + QString::number(progress->items) + " items, " +
+      return "Scanning… " + qs(Format::count(static_cast<std::uint64_t>(progress->items))) +
+             " items, " +
              qs(Format::disk(progress->bytes));
     }
     case removing: return "Removing the delete list…";
@@ -136,14 +137,14 @@ QWidget* DiskCleanupScreen::header() {
   row->addLayout(text, 1);
   scanHome_ = new QPushButton("Scan home folder", box);
   scanDisk_ = new QPushButton("Scan whole disk", box);
-  auto* other = new QPushButton("Scan a folder…", box);
+  scanFolder_ = new QPushButton("Scan a folder…", box);
   stop_ = new QPushButton("Stop", box);
-  for (QPushButton* button : {scanHome_, other, scanDisk_, stop_}) row->addWidget(button);
+  for (QPushButton* button : {scanHome_, scanFolder_, scanDisk_, stop_}) row->addWidget(button);
   connect(scanHome_, &QPushButton::clicked, this, [this] { model_->scanHome(); });
   connect(scanDisk_, &QPushButton::clicked, this, [this] { model_->scanWholeDisk(); });
   connect(stop_, &QPushButton::clicked, this, [this] { model_->cancelScan(); });
-  connect(other, &QPushButton::clicked, this, [this] {
-    const QString folder = QFileDialog::getExistingDirectory(this, "Scan a folder");
+  connect(scanFolder_, &QPushButton::clicked, this, [this] {
+    const QString folder = QFileDialog::getExistingDirectory(this, "Scan a folder", qs(model_->home()));
     if (!folder.isEmpty()) model_->scanFolder(folder.toStdString());
   });
   return box;
@@ -258,6 +259,7 @@ void DiskCleanupScreen::refreshStatus() {
   notice_->setVisible(notice.has_value());
   const bool busy = phase == loading || phase == scanning || phase == removing;
   scanHome_->setEnabled(!busy);
+  scanFolder_->setEnabled(!busy);
   scanDisk_->setEnabled(!busy);
   stop_->setVisible(phase == scanning);
   stop_->setEnabled(!model_->isCancelling());

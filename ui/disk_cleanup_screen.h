@@ -74,6 +74,7 @@ class DiskCleanupScreen : public QWidget {
   QLabel* status_ = nullptr;
   QLabel* notice_ = nullptr;
   QPushButton* scanHome_ = nullptr;
+  QPushButton* scanFolder_ = nullptr;
   QPushButton* scanDisk_ = nullptr;
   QPushButton* stop_ = nullptr;
   QWidget* breadcrumb_ = nullptr;

@@ -100,6 +100,7 @@ class SpaceMapModel {
   // `home` bounds what may be removed; `guards` are what this machine protects beyond the fixed
   // rules (the same the remove service's trasher is given).
   SpaceMapModel(std::string home, RemovalGuards guards, Services services);
+  [[nodiscard]] const std::string& home() const { return home_; }
   // Cancels a running scan and waits for the worker; a result posted after this is dropped.
   ~SpaceMapModel();
   SpaceMapModel(const SpaceMapModel&) = delete;

@@ -18,6 +18,15 @@ std::string fixed(double value, int decimals) {
   return std::string(buffer.data(), end);
 }
 
+// Thousands grouped with ",", whatever the locale, like the sizes beside it.
+std::string count(std::uint64_t n) {
+  std::string digits = std::to_string(n);
+  for (auto at = static_cast<std::ptrdiff_t>(digits.size()) - 3; at > 0; at -= 3) {
+    digits.insert(static_cast<std::size_t>(at), 1, ',');
+  }
+  return digits;
+}
+
 namespace {
 constexpr double kMiB = 1048576.0;
 constexpr double kGiB = 1073741824.0;

@@ -15,6 +15,7 @@ namespace pellwin::Format {
 [[nodiscard]] std::string percent(double fraction);     // "42%"
 [[nodiscard]] std::string duration(double seconds);     // "1 day", "3 hours", "1 min"
 [[nodiscard]] std::string elapsed(double seconds);      // "59 s", "12 min", "1 h 1 min"
+[[nodiscard]] std::string count(std::uint64_t n);       // "999", "121,012"
 
 // A C-style "%.Nf" of `value` with "." as the decimal point in every locale.
 [[nodiscard]] std::string fixed(double value, int decimals);
