@@ -53,6 +53,9 @@ AlertsScreen::AlertsScreen(AlertsModel::Setup setup, QWidget* parent)
   auto* layout = new QVBoxLayout(page);
   layout->setContentsMargins(20, 16, 20, 16);
   layout->setSpacing(8);
+  QLabel* title = makeLabel(page, 5, true);
+  title->setText("Alerts");
+  layout->addWidget(title);
   QLabel* top = makeLabel(page);
   top->setText(caption);
   makeSecondary(top);
