@@ -75,9 +75,20 @@ TEST(Panel, SaysTheVerdictTheResourcesTheBusiestAppsAndTheAdvice) {
 
 TEST(Panel, FollowsTheStateWhileShownAndSaysSoBeforeTheFirstReading) {
   PanelRig rig;
+  const int fullHeight = rig.panel.height();
   rig.state = LiveState{};
   rig.panel.refresh();
   EXPECT_EQ(rig.panel.texts(), QStringList{"Taking the first reading…"});
+  EXPECT_LT(rig.panel.height(), fullHeight) << "no apps and no advice: the panel shrinks at once";
+
+  rig.state = testing::sceneState();
+  for (ResourceVerdict& resource : rig.state.verdict->resources) resource.advice.clear();
+  rig.panel.refresh();
+  EXPECT_EQ(rig.panel.texts().filter("•").size(), 0);
+  EXPECT_LT(rig.panel.height(), fullHeight) << "without advice, at once";
+  rig.state = testing::sceneState();
+  rig.panel.refresh();
+  EXPECT_EQ(rig.panel.height(), fullHeight);
 
   rig.state = testing::sceneState();
   rig.state.snapshot->apps.resize(2);
