@@ -118,54 +118,40 @@ TEST(DiskScanner, LeavesOutAVolumeMountedInside) {
   EXPECT_EQ(result.tree.children[0].name, "kept");
 }
 
-TEST(DiskScanner, ShowsAFolderItMayNotReadAsLockedAndPrivate) {
-  ScratchFolder scratch;
-  const std::string root = canonicalRoot(scratch);
-  fs::permissions(root, fs::perms::owner_all | fs::perms::group_read | fs::perms::group_exec |
-                            fs::perms::others_read | fs::perms::others_exec);
-  allocateFile(root + "/scan/private/secret", 3'000'000);
-  allocateFile(root + "/scan/open", 2'000'000);
-  fs::permissions(root + "/scan", fs::perms::all);
-  fs::permissions(root + "/scan/private", fs::perms::none);
+TEST(DiskScanner, ShowsAFolderItMayNotExamineAsLockedRatherThanEmpty) {
+  const struct {
+    const char* why;
+    fs::perms perms;
+  } cases[] = {
+      {"no permissions at all", fs::perms::none},
+      // Read without search: the names can be listed, but none of them can be examined.
+      {"listable but not searchable", fs::perms::owner_read | fs::perms::others_read},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.why);
+    ScratchFolder scratch;
+    const std::string root = canonicalRoot(scratch);
+    fs::permissions(root, fs::perms::owner_all | fs::perms::group_read | fs::perms::group_exec |
+                              fs::perms::others_read | fs::perms::others_exec);
+    allocateFile(root + "/scan/private/secret", 3'000'000);
+    allocateFile(root + "/scan/open", 2'000'000);
+    fs::permissions(root + "/scan", fs::perms::all);
+    fs::permissions(root + "/scan/private", c.perms);
 
-  const std::string outcome = testing::runUnprivileged([&] {
-    auto result = DiskScanner("/nonexistent").scan(root + "/scan", std::nullopt, {});
-    if (!result) return std::string("scan failed");
-    const SizeNode* locked = result->tree.find(root + "/scan/private");
-    if (locked == nullptr) return std::string("no node");
-    return std::string(locked->isLocked ? "locked" : "open") + " " + std::to_string(locked->bytes) +
-           " " + std::string(rawValue(locked->category)) + " " +
-           std::to_string(locked->children.size()) + " " + std::to_string(result->tree.bytes);
-  });
-  fs::permissions(root + "/scan/private", fs::perms::owner_all);
-  // A locked folder's own blocks are not in its node, so they are not in the total either.
-  const std::uint64_t visible = allocatedOf(root + "/scan") + allocatedOf(root + "/scan/open");
-  EXPECT_EQ(outcome, "locked 0 system 0 " + std::to_string(visible));
-}
-
-TEST(DiskScanner, ShowsAFolderItCanListButNotExamineAsLockedRatherThanEmpty) {
-  ScratchFolder scratch;
-  const std::string root = canonicalRoot(scratch);
-  fs::permissions(root, fs::perms::owner_all | fs::perms::group_read | fs::perms::group_exec |
-                            fs::perms::others_read | fs::perms::others_exec);
-  allocateFile(root + "/scan/listed/secret", 3'000'000);
-  allocateFile(root + "/scan/open", 2'000'000);
-  fs::permissions(root + "/scan", fs::perms::all);
-  // Read without search: the names can be listed, but none of them can be examined.
-  fs::permissions(root + "/scan/listed", fs::perms::owner_read | fs::perms::others_read);
-
-  const std::string outcome = testing::runUnprivileged([&] {
-    auto result = DiskScanner("/nonexistent").scan(root + "/scan", std::nullopt, {});
-    if (!result) return std::string("scan failed");
-    const SizeNode* listed = result->tree.find(root + "/scan/listed");
-    if (listed == nullptr) return std::string("no node");
-    return std::string(listed->isLocked ? "locked" : "open") + " " + std::to_string(listed->bytes) +
-           " " + std::string(rawValue(listed->category)) + " " +
-           std::to_string(listed->children.size()) + " " + std::to_string(result->tree.bytes);
-  });
-  fs::permissions(root + "/scan/listed", fs::perms::owner_all);
-  const std::uint64_t visible = allocatedOf(root + "/scan") + allocatedOf(root + "/scan/open");
-  EXPECT_EQ(outcome, "locked 0 system 0 " + std::to_string(visible));
+    const std::string outcome = testing::runUnprivileged([&] {
+      auto result = DiskScanner("/nonexistent").scan(root + "/scan", std::nullopt, {});
+      if (!result) return std::string("scan failed");
+      const SizeNode* locked = result->tree.find(root + "/scan/private");
+      if (locked == nullptr) return std::string("no node");
+      return std::string(locked->isLocked ? "locked" : "open") + " " +
+             std::to_string(locked->bytes) + " " + std::string(rawValue(locked->category)) + " " +
+             std::to_string(locked->children.size()) + " " + std::to_string(result->tree.bytes);
+    });
+    fs::permissions(root + "/scan/private", fs::perms::owner_all);
+    // A locked folder's own blocks are not in its node, so they are not in the total either.
+    const std::uint64_t visible = allocatedOf(root + "/scan") + allocatedOf(root + "/scan/open");
+    EXPECT_EQ(outcome, "locked 0 system 0 " + std::to_string(visible));
+  }
 }
 
 TEST(DiskScanner, ShowsAFolderThatVanishesDuringTheWalkAsLocked) {
