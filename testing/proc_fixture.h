@@ -86,4 +86,15 @@ inline void writeProcess(const ScratchFolder& root, const FakeProcess& p) {
   }
 }
 
+// A scratch /proc with the system-wide stat the process reader needs (boot at 1700000000).
+struct ProcFolder {
+  ScratchFolder root;
+  ProcFolder() { root.write("proc/stat", "cpu  1 2 3 4\ncpu0 1 2 3 4\nbtime 1700000000\n"); }
+  std::filesystem::path proc() const { return root / "proc"; }
+  void write(const FakeProcess& p) const { writeProcess(root, p); }
+  void remove(int pid) const {
+    std::filesystem::remove_all(root / ("proc/" + std::to_string(pid)));
+  }
+};
+
 }  // namespace pellwin::testing

@@ -13,7 +13,7 @@ namespace {
 
 namespace fs = std::filesystem;
 using testing::FakeProcess;
-using testing::ScratchFolder;
+using testing::ProcFolder;
 using testing::writeProcess;
 
 constexpr std::uint64_t hz = 100;
@@ -23,12 +23,6 @@ const ProcessSample* find(const std::vector<ProcessSample>& samples, int pid) {
                                [&](const ProcessSample& s) { return s.pid == pid; });
   return it == samples.end() ? nullptr : &*it;
 }
-
-struct ProcFolder {
-  ScratchFolder root;
-  ProcFolder() { root.write("proc/stat", "cpu  1 2 3 4\ncpu0 1 2 3 4\nbtime 1700000000\n"); }
-  fs::path proc() const { return root / "proc"; }
-};
 
 TEST(ProcessReader, ReadsEveryProcessWithItsCountersAndIdentity) {
   ProcFolder folder;
@@ -228,29 +222,6 @@ TEST(ProcessReader, ForgetsProcessesThatEnded) {
   fs::remove_all(folder.root / "proc");
   EXPECT_TRUE(reader.read(4).empty());
   EXPECT_EQ(reader.trackedCount(), 0u);
-}
-
-TEST(ProcessReader, CountsAReapedChildsDiskBytesOnlyOnce) {
-  ProcFolder folder;
-  writeProcess(folder.root, {.pid = 10, .comm = "make", .readBytes = 1000, .writeBytes = 100});
-  writeProcess(folder.root,
-               {.pid = 11, .comm = "cc", .parent = 10, .readBytes = 500, .writeBytes = 50});
-  ProcessReader reader(folder.proc(), hz);
-  ASSERT_EQ(reader.read(0).size(), 2u);
-
-  // The child ends; the kernel adds its totals to its parent's, which also did 100 bytes more.
-  fs::remove_all(folder.root / "proc/11");
-  writeProcess(folder.root,
-               {.pid = 10, .comm = "make", .userTicks = 1, .readBytes = 1600, .writeBytes = 150});
-  auto samples = reader.read(2);
-  ASSERT_EQ(samples.size(), 1u);
-  EXPECT_EQ(samples[0].diskReadBytes, 1100u);
-  EXPECT_EQ(samples[0].diskWriteBytes, 100u);
-
-  // Reported totals never go back, even if the parent's counters were read too early.
-  writeProcess(folder.root,
-               {.pid = 10, .comm = "make", .userTicks = 2, .readBytes = 1500, .writeBytes = 150});
-  EXPECT_EQ(reader.read(4)[0].diskReadBytes, 1100u);
 }
 
 TEST(ProcessReader, ReadsMemoryDiskAndSwitchesAgainOnlyAfterTheProcessRan) {

@@ -15,24 +15,17 @@ namespace {
 
 namespace fs = std::filesystem;
 using testing::FakeProcess;
-using testing::ScratchFolder;
+using testing::ProcFolder;
 using testing::writeProcess;
 
 constexpr std::uint64_t hz = 100;
 
-struct ProcFolder {
-  ScratchFolder root;
-  ProcFolder() { root.write("proc/stat", "cpu  1 2 3 4\ncpu0 1 2 3 4\nbtime 1700000000\n"); }
-  fs::path proc() const { return root / "proc"; }
-  void write(const FakeProcess& p) const { writeProcess(root, p); }
-  void remove(int pid) const { fs::remove_all(root / ("proc/" + std::to_string(pid))); }
-  // The machine's uptime, in ticks, as the next reading finds it.
-  void uptime(std::uint64_t ticks) const {
-    root.write("proc/uptime", std::to_string(ticks / hz) + "." +
-                                  std::to_string(ticks % hz / 10) + std::to_string(ticks % 10) +
-                                  " 1.00\n");
-  }
-};
+// The machine's uptime, in ticks, as the next reading finds it.
+void setUptime(const ProcFolder& folder, std::uint64_t ticks) {
+  folder.root.write("proc/uptime", std::to_string(ticks / hz) + "." +
+                                       std::to_string(ticks % hz / 10) +
+                                       std::to_string(ticks % 10) + " 1.00\n");
+}
 
 // CPU ticks, read and written bytes and wake-ups of one process in a reading; all -1 when the
 // reading has no such process.
@@ -79,6 +72,12 @@ TEST(ProcessReaderWork, AChildSeenThenReapedAddsWhatItDidAfterItsLastReading) {
   make.writeBytes = 50;
   folder.write(make);
   EXPECT_EQ(counted(reader.read(2), 10), (Counted{101 + 5, 1000 + 100 + 200, 0, 0}));
+
+  // Reported totals never go back, even if the parent's counters were read too early.
+  make.userTicks = 102;
+  make.readBytes = 1700;
+  folder.write(make);
+  EXPECT_EQ(counted(reader.read(4), 10).read, 1300);
 }
 
 TEST(ProcessReaderWork, AChildNeverSeenAddsAllItsWork) {
@@ -143,7 +142,7 @@ TEST(ProcessReaderWork, AGrandchildReapedByAChildThatIsThenReapedCountsOnce) {
 
 TEST(ProcessReaderWork, AReusedPidIsANewProcessAndItsPredecessorIsReaped) {
   ProcFolder folder;
-  folder.uptime(5000);
+  setUptime(folder, 5000);
   FakeProcess parent{.pid = 10, .userTicks = 100, .startTicks = 4000};
   folder.write(parent);
   folder.write({.pid = 11, .parent = 10, .userTicks = 30, .startTicks = 4500});
@@ -151,7 +150,7 @@ TEST(ProcessReaderWork, AReusedPidIsANewProcessAndItsPredecessorIsReaped) {
   const auto first = reader.read(0);
 
   // pid 11 ended after 5 more ticks and was reaped; a new process took its pid and ran 2.
-  folder.uptime(5200);
+  setUptime(folder, 5200);
   parent.childUserTicks = 35;
   folder.write(parent);
   folder.write({.pid = 11, .parent = 10, .userTicks = 2, .startTicks = 5100});
@@ -165,7 +164,7 @@ TEST(ProcessReaderWork, AReusedPidIsANewProcessAndItsPredecessorIsReaped) {
 
 TEST(ProcessReaderWork, WorkOfAParentOutsideTheReadingIsLostNotMisplaced) {
   ProcFolder folder;
-  folder.uptime(5000);
+  setUptime(folder, 5000);
   FakeProcess grandparent{.pid = 5, .userTicks = 40, .startTicks = 100};
   folder.write(grandparent);
   folder.write({.pid = 10, .comm = "hidden", .parent = 5, .startTicks = 200});
@@ -178,7 +177,7 @@ TEST(ProcessReaderWork, WorkOfAParentOutsideTheReadingIsLostNotMisplaced) {
   ProcessReader reader(folder.proc(), hz);
   ASSERT_EQ(reader.read(0).size(), 4u);
 
-  folder.uptime(5200);
+  setUptime(folder, 5200);
   folder.remove(11);
   folder.remove(21);
   folder.write({.pid = 12, .parent = 10, .userTicks = 9, .startTicks = 5100});
@@ -192,14 +191,14 @@ TEST(ProcessReaderWork, WorkOfAParentOutsideTheReadingIsLostNotMisplaced) {
 
 TEST(ProcessReaderWork, ANewbornsFirstWorkGoesToItsNearestAncestorFromThePreviousReading) {
   ProcFolder folder;
-  folder.uptime(5000);
+  setUptime(folder, 5000);
   FakeProcess ninja{.pid = 10, .comm = "ninja", .userTicks = 100, .startTicks = 1000};
   folder.write(ninja);
   folder.write({.pid = 1, .comm = "init", .parent = 0, .userTicks = 50, .startTicks = 1});
   ProcessReader reader(folder.proc(), hz);
   ASSERT_EQ(reader.read(0).size(), 2u);
 
-  folder.uptime(5200);
+  setUptime(folder, 5200);
   // Started since the last reading: a compiler driver and the compiler it runs.
   folder.write({.pid = 11,
                 .comm = "c++",
@@ -220,7 +219,7 @@ TEST(ProcessReaderWork, ANewbornsFirstWorkGoesToItsNearestAncestorFromThePreviou
   EXPECT_EQ(counted(samples, 1).ticks, 50);
 
   // From the second reading on, the newborns' work is their own.
-  folder.uptime(5400);
+  setUptime(folder, 5400);
   folder.write({.pid = 11, .comm = "c++", .parent = 10, .userTicks = 9, .startTicks = 5050,
                 .voluntary = 4, .readBytes = 300});
   samples = reader.read(4);
