@@ -54,6 +54,14 @@ class SeededHistory : public ::testing::Test {
                                .coreCount = 8,
                                .changed = [this] { ++changes_; }};
   }
+  // For the alerts and report models, whose setups are alike.
+  template <class Model>
+  typename Model::Setup screenSetup(HistoryRecorder& recorder) {
+    return {.recorder = recorder,
+            .now = [] { return kNow; },
+            .calendar = [](double) { return Calendar(); },
+            .changed = {}};
+  }
   void settle(const std::function<bool()>& done) { ASSERT_TRUE(loop_.runUntil(done)); }
   HistoryStore store(const std::filesystem::path& path) {
     return std::move(*HistoryStore::open(path));
@@ -203,10 +211,7 @@ TEST_F(SeededHistory, ReadsAgainOnlyWhenTheRecorderWroteAndClearsAfterConfirming
 TEST_F(SeededHistory, AlertsAreListedUnreadUntilSeenAndStayRead) {
   const auto path = copy();
   HistoryRecorder recorder(setup(path));
-  AlertsModel::Setup alertsSetup{.recorder = recorder,
-                                 .now = [] { return kNow; },
-                                 .calendar = [](double) { return Calendar(); },
-                                 .changed = {}};
+  const auto alertsSetup = screenSetup<AlertsModel>(recorder);
   AlertsModel alerts(alertsSetup);
   alerts.refresh();
   settle([&] { return alerts.sections().has_value(); });
@@ -244,10 +249,7 @@ TEST_F(SeededHistory, TheReportNamesTheSeededCausesAndTheWeeksCleanups) {
     ASSERT_TRUE(writer.logClean(kNow - 8 * 86400, "Old logs", 5, 0, 1).has_value());
   }
   HistoryRecorder recorder(setup(path));
-  ReportModel model({.recorder = recorder,
-                     .now = [] { return kNow; },
-                     .calendar = [](double) { return Calendar(); },
-                     .changed = {}});
+  ReportModel model(screenSetup<ReportModel>(recorder));
   model.refresh();
   settle([&] { return model.report().has_value(); });
   const WeeklyReport& report = *model.report();
@@ -263,10 +265,7 @@ TEST_F(SeededHistory, TheReportNamesTheSeededCausesAndTheWeeksCleanups) {
 
 TEST_F(SeededHistory, AnOpenReportShowsACleanupAsSoonAsItIsLogged) {
   HistoryRecorder recorder(setup(copy()));
-  ReportModel model({.recorder = recorder,
-                     .now = [] { return kNow; },
-                     .calendar = [](double) { return Calendar(); },
-                     .changed = {}});
+  ReportModel model(screenSetup<ReportModel>(recorder));
   model.refresh();
   settle([&] { return model.report().has_value() && !model.loading(); });
   EXPECT_TRUE(model.report()->cleanups.empty());
@@ -285,14 +284,8 @@ TEST_F(SeededHistory, EveryScreenSaysHistoryIsUnavailableWhenTheFileCannotBeOpen
   const auto path = local_.write("history.sqlite", "this is a note, not a database\n");
   HistoryRecorder recorder(setup(path));
   HistoryModel history(modelSetup(recorder));
-  AlertsModel alerts({.recorder = recorder,
-                      .now = [] { return kNow; },
-                      .calendar = [](double) { return Calendar(); },
-                      .changed = {}});
-  ReportModel report({.recorder = recorder,
-                      .now = [] { return kNow; },
-                      .calendar = [](double) { return Calendar(); },
-                      .changed = {}});
+  AlertsModel alerts(screenSetup<AlertsModel>(recorder));
+  ReportModel report(screenSetup<ReportModel>(recorder));
   // Asked before the recorder has failed: the read itself fails.
   history.refresh();
   settle([&] { return history.unavailable().has_value(); });

@@ -5,7 +5,6 @@
 #include <unistd.h>
 
 #include <filesystem>
-#include <fstream>
 #include <regex>
 #include <sstream>
 
@@ -16,15 +15,9 @@ namespace pellwin {
 namespace {
 
 namespace fs = std::filesystem;
+using testing::fileBytes;
 using testing::ScratchHome;
 using testing::ScratchMount;
-
-std::string slurp(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::stringstream text;
-  text << in.rdbuf();
-  return text.str();
-}
 
 mode_t modeOf(const std::string& path) {
   struct stat info {};
@@ -59,8 +52,8 @@ TEST(FreedesktopTrash, MovesIntoTheHomeTrashSoThatTrashCliListsAndRestoresIt) {
   EXPECT_FALSE(fs::exists(folder));
   EXPECT_FALSE(fs::exists(file));
   EXPECT_EQ(movedFolder->trashDirectory, scratch.trash());
-  EXPECT_EQ(slurp(scratch.trash() + "/files/build/out/a.o").size(), 20000u);
-  const std::string info = slurp(scratch.trash() + "/info/report 100%.pdf.trashinfo");
+  EXPECT_EQ(fileBytes(scratch.trash() + "/files/build/out/a.o").size(), 20000u);
+  const std::string info = fileBytes(scratch.trash() + "/info/report 100%.pdf.trashinfo");
   EXPECT_TRUE(std::regex_match(
       info, std::regex("\\[Trash Info\\]\nPath=" + scratch.home +
                        "/docs/report%20100%25.pdf\n"
@@ -71,7 +64,7 @@ TEST(FreedesktopTrash, MovesIntoTheHomeTrashSoThatTrashCliListsAndRestoresIt) {
   }
 
   // directorysizes holds the folder (not the file) with what du -B1 counts.
-  const auto sizes = TrashInfo::parseDirectorySizes(slurp(scratch.trash() + "/directorysizes"));
+  const auto sizes = TrashInfo::parseDirectorySizes(fileBytes(scratch.trash() + "/directorysizes"));
   ASSERT_EQ(sizes.size(), 1u);
   EXPECT_EQ(sizes[0].name, "build");
   const std::string du = scratch.run("du -B1 -s '" + scratch.trash() + "/files/build'");
@@ -85,7 +78,7 @@ TEST(FreedesktopTrash, MovesIntoTheHomeTrashSoThatTrashCliListsAndRestoresIt) {
   const int index = restoreIndex(offered, file);
   ASSERT_GE(index, 0) << offered;
   (void)scratch.run("trash-restore '" + scratch.home + "/docs'", std::to_string(index) + "\n");
-  EXPECT_EQ(slurp(file), "pdf");
+  EXPECT_EQ(fileBytes(file), "pdf");
   EXPECT_FALSE(fs::exists(scratch.trash() + "/info/report 100%.pdf.trashinfo"));
 }
 
@@ -105,10 +98,10 @@ TEST(FreedesktopTrash, NeverOverwritesAnEarlierEntryOrAnOrphanAndKeepsOddNamesEx
   const auto fourth = trash.moveToTrash(dup);
   ASSERT_TRUE(fourth.has_value());
   EXPECT_EQ(fourth->name, "dup.6");
-  EXPECT_EQ(slurp(scratch.trash() + "/files/dup"), "1");
-  EXPECT_EQ(slurp(scratch.trash() + "/files/dup.3"), "3");
-  EXPECT_EQ(slurp(scratch.trash() + "/files/dup.4"), "orphan");
-  EXPECT_EQ(slurp(scratch.trash() + "/files/dup.6"), "4");
+  EXPECT_EQ(fileBytes(scratch.trash() + "/files/dup"), "1");
+  EXPECT_EQ(fileBytes(scratch.trash() + "/files/dup.3"), "3");
+  EXPECT_EQ(fileBytes(scratch.trash() + "/files/dup.4"), "orphan");
+  EXPECT_EQ(fileBytes(scratch.trash() + "/files/dup.6"), "4");
 
   const std::string names[] = {"line\nbreak", "caf\xc3\xa9 \xe2\x82\xac", "not utf8 \xff\xfe",
                                std::string(250, 'n')};
@@ -129,7 +122,7 @@ TEST(FreedesktopTrash, NeverOverwritesAnEarlierEntryOrAnOrphanAndKeepsOddNamesEx
   const int index = restoreIndex(offered, scratch.home + "/odd/caf\xc3\xa9 \xe2\x82\xac");
   ASSERT_GE(index, 0) << offered;
   (void)scratch.run("trash-restore '" + scratch.home + "/odd'", std::to_string(index) + "\n");
-  EXPECT_EQ(slurp(scratch.home + "/odd/caf\xc3\xa9 \xe2\x82\xac"), "odd");
+  EXPECT_EQ(fileBytes(scratch.home + "/odd/caf\xc3\xa9 \xe2\x82\xac"), "odd");
 }
 
 TEST(FreedesktopTrash, RefusesTheTrashItselfAndLinksAndFolderPathsThroughLinks) {
@@ -158,7 +151,7 @@ TEST(FreedesktopTrash, RefusesTheTrashItselfAndLinksAndFolderPathsThroughLinks) 
     EXPECT_FALSE(trash.moveToTrash(c.path).has_value());
   }
   EXPECT_TRUE(fs::exists(scratch.trash() + "/files/file"));
-  EXPECT_EQ(slurp(scratch.home + "/a/kept"), "kept");
+  EXPECT_EQ(fileBytes(scratch.home + "/a/kept"), "kept");
   EXPECT_TRUE(fs::is_symlink(scratch.home + "/a/link"));
 }
 
@@ -201,11 +194,11 @@ TEST(FreedesktopTrash, AnItemOnAnotherVolumeGoesToThatVolumesTrashAndIsNeverCopi
     const auto moved = trash.moveToTrash(volume + "/dir/" + name);
     ASSERT_TRUE(moved.has_value()) << moved.error();
     EXPECT_EQ(moved->trashDirectory, c.expectedTrash);
-    EXPECT_EQ(slurp(c.expectedTrash + "/files/" + name), name);
+    EXPECT_EQ(fileBytes(c.expectedTrash + "/files/" + name), name);
     // Relative to the volume's top folder, as the specification asks of volume trashes.
-    EXPECT_NE(
-        slurp(c.expectedTrash + "/info/" + name + ".trashinfo").find("\nPath=dir/" + name + "\n"),
-        std::string::npos);
+    EXPECT_NE(fileBytes(c.expectedTrash + "/info/" + name + ".trashinfo")
+                  .find("\nPath=dir/" + name + "\n"),
+              std::string::npos);
     EXPECT_EQ(FreedesktopTrash::entries(c.expectedTrash).front().originalPath,
               volume + "/dir/" + name);
   }
@@ -222,7 +215,7 @@ TEST(FreedesktopTrash, AnItemOnAnotherVolumeGoesToThatVolumesTrashAndIsNeverCopi
   ASSERT_FALSE(refused.has_value());
   EXPECT_EQ(refused.error(),
             "It's on a disk whose Trash Tovrin can't use, so it was left in place");
-  EXPECT_EQ(slurp(volume + "/dir/stays"), "stays");
+  EXPECT_EQ(fileBytes(volume + "/dir/stays"), "stays");
   EXPECT_FALSE(fs::exists(scratch.trash()));
   EXPECT_EQ(FreedesktopTrash::mountTop(volume + "/dir"), volume);
 }
@@ -238,7 +231,7 @@ TEST(FreedesktopTrash, EraseRemovesTheItemItsInfoAndItsSizeLine) {
   ASSERT_TRUE(FreedesktopTrash::erase(*one).has_value());
   EXPECT_FALSE(fs::exists(scratch.trash() + "/files/one"));
   EXPECT_FALSE(fs::exists(scratch.trash() + "/info/one.trashinfo"));
-  const auto sizes = TrashInfo::parseDirectorySizes(slurp(scratch.trash() + "/directorysizes"));
+  const auto sizes = TrashInfo::parseDirectorySizes(fileBytes(scratch.trash() + "/directorysizes"));
   ASSERT_EQ(sizes.size(), 1u);
   EXPECT_EQ(sizes[0].name, "two");
   ASSERT_TRUE(FreedesktopTrash::erase(*two).has_value());
