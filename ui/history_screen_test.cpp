@@ -173,29 +173,25 @@ TEST_F(HistoryScreenTest, EveryScreenSaysHistoryIsUnavailableWithItsOwnExplanati
   HistoryScreen history(setup(recorder));
   AlertsScreen alerts({.recorder = recorder, .now = clock(), .calendar = calendar()});
   ReportScreen report({.recorder = recorder, .now = clock(), .calendar = calendar()});
+  // The words themselves are the models' (checked with them); each screen shows its own.
   const struct {
     const char* why;
     QWidget* screen;
     const UnavailableView* view;
-    const char* explanation;
+    const std::optional<HistoryUnavailable>* words;
   } cases[] = {
-      {"history", &history, &history.unavailable(),
-       "Tovrin can't open its history file, so nothing is being kept. Monitor and the menu bar "
-       "still work."},
-      {"alerts", &alerts, &alerts.unavailable(),
-       "Tovrin can't open its history file, so alerts aren't kept. Monitor and the menu bar still "
-       "work."},
-      {"report", &report, &report.unavailable(),
-       "Tovrin can't open its history file, so there is nothing to report. Monitor and the menu "
-       "bar still work."},
+      {"history", &history, &history.unavailable(), &history.model().unavailable()},
+      {"alerts", &alerts, &alerts.unavailable(), &alerts.model().unavailable()},
+      {"report", &report, &report.unavailable(), &report.model().unavailable()},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.why);
     EXPECT_FALSE(c.view->showsUnavailable()) << "nothing is said before the screen is seen";
     c.screen->show();
+    ASSERT_TRUE(c.words->has_value());
     EXPECT_TRUE(c.view->showsUnavailable());
-    EXPECT_EQ(c.view->title(), "History isn't available");
-    EXPECT_EQ(c.view->explanation(), c.explanation);
+    EXPECT_EQ(c.view->title(), qs((*c.words)->title));
+    EXPECT_EQ(c.view->explanation(), qs((*c.words)->explanation));
   }
 }
 

@@ -114,51 +114,29 @@ TEST(Trasher, ChecksEachItemOnTheDiskAndGivesOneResultPerItemInOrder) {
   disk.folder("/home/ann/Documents");
   Trasher trasher("/home/ann", {.kept = {"/home/ann/projects/app/.local/share/Tovrin"}}, disk);
 
-  const std::vector<TrashItem> items = {
-      {.path = "/home/ann/old/", .bytes = 10},
-      {.path = "/home/ann/gone", .bytes = 20},
-      {.path = "/home/ann/shortcut", .bytes = 30},
-      {.path = "/home/ann/mnt/escape", .bytes = 40},
-      {.path = "/home/ann/dangling", .bytes = 50},
-      {.path = "/home/ann/projects", .bytes = 60},
-      {.path = "/home/ann/media", .bytes = 70},
-      {.path = "/home/ann/Documents", .bytes = 80},
-      {.path = "//home/ann/./notes.txt", .bytes = 90},
-      {.path = "/home/ann/notes.txt/", .bytes = 100},
+  const struct {
+    const char* path;
+    Outcome outcome;
+    const char* reason;
+  } cases[] = {
+      {"/home/ann/old/", Outcome::moved, ""},
+      {"/home/ann/gone", Outcome::alreadyGone, ""},
+      {"/home/ann/shortcut", Outcome::refused, "It's a shortcut to somewhere else"},
+      {"/home/ann/mnt/escape", Outcome::refused, "It's outside your home folder"},
+      {"/home/ann/dangling", Outcome::refused, "Tovrin couldn't find it on disk"},
+      {"/home/ann/projects", Outcome::refused, "It holds Tovrin, which Tovrin keeps safe"},
+      {"/home/ann/media", Outcome::refused, "Another disk or folder is mounted inside it, at usb"},
+      {"/home/ann/Documents", Outcome::refused, "It's one of your main folders"},
+      {"//home/ann/./notes.txt", Outcome::moved, ""},
+      {"/home/ann/notes.txt/", Outcome::refused, "Tovrin couldn't find it on disk"},
   };
-  const std::vector<TrashResult> expected = {
-      {.path = "/home/ann/old/", .bytes = 10, .outcome = Outcome::moved},
-      {.path = "/home/ann/gone", .bytes = 20, .outcome = Outcome::alreadyGone},
-      {.path = "/home/ann/shortcut",
-       .bytes = 30,
-       .outcome = Outcome::refused,
-       .reason = "It's a shortcut to somewhere else"},
-      {.path = "/home/ann/mnt/escape",
-       .bytes = 40,
-       .outcome = Outcome::refused,
-       .reason = "It's outside your home folder"},
-      {.path = "/home/ann/dangling",
-       .bytes = 50,
-       .outcome = Outcome::refused,
-       .reason = "Tovrin couldn't find it on disk"},
-      {.path = "/home/ann/projects",
-       .bytes = 60,
-       .outcome = Outcome::refused,
-       .reason = "It holds Tovrin, which Tovrin keeps safe"},
-      {.path = "/home/ann/media",
-       .bytes = 70,
-       .outcome = Outcome::refused,
-       .reason = "Another disk or folder is mounted inside it, at usb"},
-      {.path = "/home/ann/Documents",
-       .bytes = 80,
-       .outcome = Outcome::refused,
-       .reason = "It's one of your main folders"},
-      {.path = "//home/ann/./notes.txt", .bytes = 90, .outcome = Outcome::moved},
-      {.path = "/home/ann/notes.txt/",
-       .bytes = 100,
-       .outcome = Outcome::refused,
-       .reason = "Tovrin couldn't find it on disk"},
-  };
+  std::vector<TrashItem> items;
+  std::vector<TrashResult> expected;
+  for (const auto& c : cases) {
+    const std::uint64_t bytes = 10 * (items.size() + 1);
+    items.push_back({.path = c.path, .bytes = bytes});
+    expected.push_back({.path = c.path, .bytes = bytes, .outcome = c.outcome, .reason = c.reason});
+  }
   EXPECT_EQ(trasher.trash(items), expected);
   EXPECT_EQ(disk.acted,
             (std::vector<std::string>{"trash /home/ann/old", "trash /home/ann/notes.txt"}));
