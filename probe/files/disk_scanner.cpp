@@ -62,6 +62,7 @@ struct Frame {
   std::size_t next = 0;
   // Entries before this one have had their prefetch asked for, when they are folders.
   std::size_t requested = 0;
+  std::size_t foldersLeft = 0;  // in `listing`, not yet entered
   // Listings asked for ahead, by index into `listing`, in listing order; the first `taken`
   // are used. A vector rather than a deque: a deque allocates even when empty, once a level.
   FolderPrefetch::Tickets tickets;
@@ -80,6 +81,8 @@ constexpr std::size_t kMaxOpenFolders = 64;
 constexpr std::size_t kRequestsPerThread = 16;
 // How far up from the folder being walked listings are asked for.
 constexpr std::size_t kRequestLevels = 16;
+// Folders of the folder being walked asked for ahead of the walk even past the limit.
+constexpr std::size_t kNextFolders = 8;
 
 class Walk {
  public:
@@ -192,23 +195,23 @@ FolderPrefetch::Taken Walk::listingOf(Frame& frame, std::size_t index, std::stri
           .ahead = {}};
 }
 
-// Asks the reading threads for the folders the walk will enter next: those of the deepest
-// frame first, then of the frames above it.
+// Asks the reading threads for the folders the walk will enter next. The next few of the folder
+// being walked are asked for whatever the limit: with the threads reading far ahead elsewhere,
+// the walk otherwise read two folders in three itself, each a wait on the disk when cold, and a
+// cold scan took half as long again. Not a folder's last one, though: nothing else in it could
+// be read alongside, and handing it over costs a wake-up each way, which down a chain of single
+// folders made the walk four times slower. Then, within the limit, more of the deepest frame's
+// and of the frames above it.
 void Walk::requestAhead() {
   if (!prefetch_ || prefetch_->threads() == 0) return;
-  const std::size_t limit = prefetch_->threads() * kRequestsPerThread;
-  // Topping up only once half has been used keeps each thread busy with several folders per
-  // wake-up; waking one for each folder cost a fifth of a warm walk's time.
-  if (prefetch_->outstanding() > limit / 2) return;
   std::vector<FolderPrefetch::Request> requests;
   std::vector<std::pair<Frame*, std::size_t>> askedBy;  // the frame and index of each request
-  for (std::size_t level = depth_; level-- > 0 && level + kRequestLevels >= depth_;) {
-    if (prefetch_->outstanding() + requests.size() >= limit) break;
+  // Asks for the frame's folders from where asking stopped, while `more` says so.
+  const auto ask = [&](std::size_t level, const auto& more) {
     Frame& frame = frames_[level];
-    if (frame.lost || !frame.fd) continue;
+    if (frame.lost || !frame.fd) return;
     std::size_t i = std::max(frame.requested, frame.next);
-    for (; i < frame.listing.entries.size() && prefetch_->outstanding() + requests.size() < limit;
-         ++i) {
+    for (; i < frame.listing.entries.size() && more(); ++i) {
       const WalkEntry& entry = frame.listing.entries[i];
       if (entry.kind != WalkEntry::Kind::folder) continue;
       requests.push_back({.parent = frame.fd,
@@ -217,6 +220,21 @@ void Walk::requestAhead() {
       askedBy.emplace_back(&frame, i);
     }
     frame.requested = i;
+  };
+  const Frame& deepest = frames_[depth_ - 1];
+  if (deepest.foldersLeft >= 2) {
+    ask(depth_ - 1,
+        [&] { return deepest.tickets.size() - deepest.taken + requests.size() < kNextFolders; });
+  }
+  const std::size_t limit = prefetch_->threads() * kRequestsPerThread;
+  // Topping up only once half has been used keeps each thread busy with several folders per
+  // wake-up; waking one for each folder cost a fifth of a warm walk's time.
+  if (prefetch_->outstanding() <= limit / 2) {
+    const auto underLimit = [&] { return prefetch_->outstanding() + requests.size() < limit; };
+    for (std::size_t level = depth_; level-- > 0 && level + kRequestLevels >= depth_;) {
+      if (!underLimit()) break;
+      ask(level, underLimit);
+    }
   }
   auto tickets = prefetch_->request(std::move(requests));
   for (std::size_t k = 0; k < tickets.size(); ++k) {
@@ -244,6 +262,8 @@ void Walk::enter(NodePath real, NodePath display, std::uint64_t inode, std::uint
   frame.next = 0;
   // A thread that read the folder may already have asked for every folder in it.
   frame.requested = taken.ahead.empty() ? 0 : listing.entries.size();
+  frame.foldersLeft = static_cast<std::size_t>(
+      std::ranges::count(listing.entries, WalkEntry::Kind::folder, &WalkEntry::kind));
   frame.tickets = std::move(taken.ahead);
   frame.taken = 0;
   frame.lost = false;
@@ -346,6 +366,7 @@ void Walk::handle(Frame& frame, std::size_t index) {
     case WalkEntry::Kind::file: countFile(frame, entry); return;
     case WalkEntry::Kind::folder: break;
   }
+  --frame.foldersLeft;
   bytes_ = checkedAdd(bytes_, entry.bytes, "scanned bytes");
   const std::string_view name = frame.listing.name(entry);
   NodePath real = NodePath::inFolder(frame.real, name);
