@@ -175,7 +175,8 @@ QWidget* DiskCleanupScreen::sidePanel() {
   side->setStretchFactor(1, 2);
 
   connect(biggest_, &QTreeWidget::itemDoubleClicked, this, [this](QTreeWidgetItem* item) {
-    model_->addToDeleteList(item->data(0, pathRole).toString().toStdString());
+    const QString path = item->data(0, pathRole).toString();
+    if (!path.isEmpty()) model_->addToDeleteList(path.toStdString());
   });
   connect(projects_, &QTreeWidget::itemDoubleClicked, this, [this](QTreeWidgetItem* item) {
     const QString path = item->data(0, pathRole).toString();
@@ -300,6 +301,14 @@ void DiskCleanupScreen::refreshRings() {
                   qs(focus->sizeLabel()));
 }
 
+// A row that says why a list is empty, in the placeholder colour; it names no item.
+void DiskCleanupScreen::addNote(QTreeWidget* list, const char* text) {
+  auto* note = new QTreeWidgetItem(list, {text});
+  note->setFirstColumnSpanned(true);
+  note->setFlags(Qt::ItemIsEnabled);
+  note->setForeground(0, palette().color(QPalette::PlaceholderText));
+}
+
 void DiskCleanupScreen::refreshLists() {
   biggest_->clear();
   for (const SizeNode& file : model_->biggestFiles(biggestCount)) {
@@ -343,6 +352,10 @@ void DiskCleanupScreen::refreshLists() {
   for (const RebuildItem& item : plan.items) place(item);
   for (const RebuildItem& item : plan.models) place(item);
   projects_->expandAll();
+  if (model_->tree()) {
+    if (biggest_->topLevelItemCount() == 0) addNote(biggest_, noBigFiles);
+    if (projects_->topLevelItemCount() == 0) addNote(projects_, noProjects);
+  }
   // Under X11 a list rebuilt this way after a removal kept showing its old rows until its tab
   // was switched: the view did not ask for a repaint of its viewport, so each asks here.
   for (QTreeWidget* list : {biggest_, categories_, projects_}) list->viewport()->update();

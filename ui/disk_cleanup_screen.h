@@ -25,6 +25,9 @@ class DiskCleanupScreen : public QWidget {
 
  public:
   static constexpr std::size_t biggestCount = 30;
+  // Said in a list that has nothing to show, under the folder shown.
+  static constexpr const char* noBigFiles = "No file here takes 1 MB or more.";
+  static constexpr const char* noProjects = "No developer projects with folders that rebuild.";
 
   // `services.post` and `services.changed` are replaced by the screen's own.
   DiskCleanupScreen(std::string home, RemovalGuards guards, SpaceMapModel::Services services,
@@ -66,6 +69,7 @@ class DiskCleanupScreen : public QWidget {
   void refreshBreadcrumb();
   void refreshRings();
   void refreshLists();
+  void addNote(QTreeWidget* list, const char* text);
   void pick(const std::string& path);
   [[nodiscard]] const SizeNode* pickedNow() const;
 
