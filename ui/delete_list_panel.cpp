@@ -5,6 +5,7 @@
 
 #include "core/base/format.h"
 #include "core/space/space_map_texts.h"
+#include "ui/confirmation_box.h"
 #include "ui/ui_text.h"
 
 namespace pellwin::ui {
@@ -12,11 +13,6 @@ namespace pellwin::ui {
 namespace {
 constexpr int pathRole = Qt::UserRole;
 
-QLabel* wrapping(QWidget* parent) {
-  QLabel* label = makeLabel(parent);
-  label->setWordWrap(true);
-  return label;
-}
 // A wrapped label inside the side panel's splitter is not given the height its lines need
 // unless it asks for it. An empty label has no height for a width (-1) and asks for none.
 void fitHeight(QLabel* label, int width) {
@@ -72,25 +68,10 @@ DeleteListPanel::DeleteListPanel(SpaceMapModel& model, QWidget* parent)
 }
 
 QWidget* DeleteListPanel::confirmationBox() {
-  confirmBox_ = new QFrame(this);
-  auto* box = static_cast<QFrame*>(confirmBox_);
-  box->setFrameShape(QFrame::StyledPanel);
-  box->setBackgroundRole(QPalette::AlternateBase);
-  box->setAutoFillBackground(true);
-  auto* layout = new QVBoxLayout(box);
-  confirmation_ = wrapping(box);
-  layout->addWidget(confirmation_);
-  auto* buttons = new QHBoxLayout;
-  buttons->addStretch(1);
-  cancel_ = new QPushButton(qs(SpaceMapTexts::cancelButton), box);
-  confirm_ = new QPushButton(box);
-  confirm_->setDefault(true);
-  buttons->addWidget(cancel_);
-  buttons->addWidget(confirm_);
-  layout->addLayout(buttons);
-  connect(cancel_, &QPushButton::clicked, this, [this] { model_.cancelRemoval(); });
-  connect(confirm_, &QPushButton::clicked, this, [this] { model_.confirmRemoval(); });
-  return box;
+  confirmBox_ = new ConfirmationBox(qs(SpaceMapTexts::cancelButton), {}, {}, this);
+  connect(confirmBox_->cancel(), &QPushButton::clicked, this, [this] { model_.cancelRemoval(); });
+  connect(confirmBox_->confirm(), &QPushButton::clicked, this, [this] { model_.confirmRemoval(); });
+  return confirmBox_;
 }
 
 void DeleteListPanel::refresh() {
@@ -120,10 +101,11 @@ void DeleteListPanel::refresh() {
     const std::vector<std::string> lines = model_.confirmationText();
     QString text = lines.empty() ? QString() : qs(lines.front());
     if (lines.size() > 1) text += "\n" + bulleted({lines.begin() + 1, lines.end()});
-    confirmation_->setText(text);
-    fitHeight(confirmation_, items_->width());
-    confirm_->setText(qs(*confirming == CleanAction::trash ? SpaceMapTexts::confirmButton
-                                                           : SpaceMapTexts::confirmDeleteButton));
+    confirmBox_->text()->setText(text);
+    fitHeight(confirmBox_->text(), items_->width());
+    confirmBox_->confirm()->setText(qs(*confirming == CleanAction::trash
+                                           ? SpaceMapTexts::confirmButton
+                                           : SpaceMapTexts::confirmDeleteButton));
   }
 
   const auto& report = model_.lastRemoval();

@@ -10,6 +10,7 @@
 #include <QPushButton>
 
 #include "app/models/space_map_model.h"
+#include "ui/confirmation_box.h"
 
 namespace pellwin::ui {
 
@@ -27,9 +28,9 @@ class DeleteListPanel : public QFrame {
   [[nodiscard]] QPushButton* trashButton() const { return trash_; }
   [[nodiscard]] QPushButton* deleteButton() const { return delete_; }
   [[nodiscard]] QPushButton* clearButton() const { return clear_; }
-  [[nodiscard]] QLabel* confirmation() const { return confirmation_; }
-  [[nodiscard]] QPushButton* confirmButton() const { return confirm_; }
-  [[nodiscard]] QPushButton* cancelButton() const { return cancel_; }
+  [[nodiscard]] QLabel* confirmation() const { return confirmBox_->text(); }
+  [[nodiscard]] QPushButton* confirmButton() const { return confirmBox_->confirm(); }
+  [[nodiscard]] QPushButton* cancelButton() const { return confirmBox_->cancel(); }
   [[nodiscard]] QLabel* results() const { return results_; }
 
  private:
@@ -42,10 +43,7 @@ class DeleteListPanel : public QFrame {
   QPushButton* trash_;
   QPushButton* delete_;
   QPushButton* clear_;
-  QWidget* confirmBox_ = nullptr;
-  QLabel* confirmation_ = nullptr;
-  QPushButton* confirm_ = nullptr;
-  QPushButton* cancel_ = nullptr;
+  ConfirmationBox* confirmBox_ = nullptr;
   QLabel* results_;
 };
 

@@ -1,12 +1,12 @@
 #include "ui/quick_clean_screen.h"
 
-#include <algorithm>
-
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QVBoxLayout>
+#include <algorithm>
 
 #include "core/base/format.h"
+#include "ui/confirmation_box.h"
 #include "ui/post_to.h"
 #include "ui/ui_text.h"
 
@@ -24,12 +24,6 @@ Qt::CheckState checkState(CleanTickState state) {
     case CleanTickState::none: return Qt::Unchecked;
   }
   return Qt::Unchecked;
-}
-
-QLabel* wrapping(QWidget* parent, int points = 0, bool bold = false) {
-  QLabel* label = makeLabel(parent, points, bold);
-  label->setWordWrap(true);
-  return label;
 }
 
 QString lines(const std::vector<std::string>& sentences) {
@@ -125,28 +119,11 @@ QuickCleanScreen::QuickCleanScreen(CleanerModel::Services services, QWidget* par
 QuickCleanScreen::~QuickCleanScreen() { model_.reset(); }
 
 QWidget* QuickCleanScreen::makeConfirmationBox() {
-  auto* box = new QFrame(this);
-  box->setFrameShape(QFrame::StyledPanel);
-  box->setBackgroundRole(QPalette::AlternateBase);
-  box->setAutoFillBackground(true);
-  auto* layout = new QVBoxLayout(box);
-  confirmation_ = wrapping(box);
-  layout->addWidget(confirmation_);
-  auto* buttons = new QHBoxLayout;
-  QLabel* note = makeLabel(box);
-  note->setText(CleanerTexts::confirmNote);
-  makeSecondary(note);
-  buttons->addWidget(note, 1);
-  cancel_ = new QPushButton(CleanerTexts::cancelButton, box);
-  confirm_ = new QPushButton(CleanerTexts::confirmButton, box);
-  confirm_->setDefault(true);
-  buttons->addWidget(cancel_);
-  buttons->addWidget(confirm_);
-  layout->addLayout(buttons);
-  connect(cancel_, &QPushButton::clicked, this, [this] { model_->cancelClean(); });
-  connect(confirm_, &QPushButton::clicked, this, [this] { model_->clean(); });
-  confirmBox_ = box;
-  return box;
+  confirmBox_ = new ConfirmationBox(CleanerTexts::cancelButton, CleanerTexts::confirmButton,
+                                    CleanerTexts::confirmNote, this);
+  connect(confirmBox_->cancel(), &QPushButton::clicked, this, [this] { model_->cancelClean(); });
+  connect(confirmBox_->confirm(), &QPushButton::clicked, this, [this] { model_->clean(); });
+  return confirmBox_;
 }
 
 void QuickCleanScreen::showEvent(QShowEvent* event) {
@@ -167,7 +144,7 @@ void QuickCleanScreen::refresh() {
   refreshGroups();
 
   confirmBox_->setVisible(model_->confirming());
-  if (model_->confirming()) confirmation_->setText(lines(model_->confirmationText()));
+  if (model_->confirming()) confirmBox_->text()->setText(lines(model_->confirmationText()));
 
   const auto& summary = model_->summary();
   if (phase == done && summary) {

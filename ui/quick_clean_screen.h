@@ -13,6 +13,7 @@
 #include <memory>
 
 #include "app/models/cleaner_model.h"
+#include "ui/confirmation_box.h"
 
 namespace pellwin::ui {
 
@@ -33,9 +34,9 @@ class QuickCleanScreen : public QWidget {
   [[nodiscard]] QPushButton* scanButton() const { return scan_; }
   [[nodiscard]] QPushButton* cleanButton() const { return clean_; }
   [[nodiscard]] QWidget* confirmationBox() const { return confirmBox_; }
-  [[nodiscard]] QLabel* confirmation() const { return confirmation_; }
-  [[nodiscard]] QPushButton* confirmButton() const { return confirm_; }
-  [[nodiscard]] QPushButton* cancelButton() const { return cancel_; }
+  [[nodiscard]] QLabel* confirmation() const { return confirmBox_->text(); }
+  [[nodiscard]] QPushButton* confirmButton() const { return confirmBox_->confirm(); }
+  [[nodiscard]] QPushButton* cancelButton() const { return confirmBox_->cancel(); }
   [[nodiscard]] QLabel* summary() const { return summary_; }
   [[nodiscard]] QLabel* emptyTitle() const { return emptyTitle_; }
   [[nodiscard]] QLabel* emptyMessage() const { return emptyMessage_; }
@@ -47,8 +48,7 @@ class QuickCleanScreen : public QWidget {
   QWidget* makeConfirmationBox();
   void refreshGroups();
   // One group's rows: with ticks to change before a run, only what went once `cleaned`.
-  void addGroup(const CleanGroupPlan& group, const CleanTicks& ticked, bool editable,
-                bool cleaned);
+  void addGroup(const CleanGroupPlan& group, const CleanTicks& ticked, bool editable, bool cleaned);
   void itemChanged(QTreeWidgetItem* item, int column);
 
   std::unique_ptr<CleanerModel> model_;
@@ -57,10 +57,7 @@ class QuickCleanScreen : public QWidget {
   QPushButton* clean_;
   QTreeWidget* groups_;
   QPushButton* showAll_;
-  QWidget* confirmBox_ = nullptr;
-  QLabel* confirmation_ = nullptr;
-  QPushButton* confirm_ = nullptr;
-  QPushButton* cancel_ = nullptr;
+  ConfirmationBox* confirmBox_ = nullptr;
   QLabel* summary_;
   QLabel* emptyTitle_;
   QLabel* emptyMessage_;

@@ -16,6 +16,12 @@ QLabel* makeLabel(QWidget* parent, int points, bool bold) {
   return label;
 }
 
+QLabel* wrapping(QWidget* parent, int points, bool bold) {
+  QLabel* label = makeLabel(parent, points, bold);
+  label->setWordWrap(true);
+  return label;
+}
+
 void makeSecondary(QLabel* label) { label->setForegroundRole(QPalette::PlaceholderText); }
 
 QLabel* makeSectionTitle(const QString& text, QWidget* parent) {

@@ -17,6 +17,8 @@ namespace pellwin::ui {
 
 // A label styled as one step of the scale. `points` is added to the application font's size.
 QLabel* makeLabel(QWidget* parent, int points = 0, bool bold = false);
+// The same, wrapping its words at the width it is given.
+QLabel* wrapping(QWidget* parent, int points = 0, bool bold = false);
 // Dimmed text for figures' units, explanations and captions.
 void makeSecondary(QLabel* label);
 // A small capitalised section heading ("BUSIEST APPS").
